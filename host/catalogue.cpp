@@ -1,0 +1,94 @@
+#include "catalogue.h"
+
+#include "signature.h"
+#include "sit/sitexec.h"
+
+namespace host {
+namespace {
+
+using Names = std::vector<std::string>;
+
+std::vector<Entry> make_catalogue() {
+  const Names report{"report path", "mode", "final"};
+  return {
+      with_signature<decltype(::SIT_Initiate)>(
+          {.name = "SIT_Initiate", .writes = "nothing; makes the session"}),
+      with_signature<decltype(::GetAPIVersion)>(
+          {.name = "GetAPIVersion", .writes = "nothing; gives the plug-in's version"}),
+      with_signature<decltype(::SetVerboseMode)>({.name = "SetVerboseMode",
+                                                  .argument_names = {"on"},
+                                                  .writes = "nothing; switches verbose messages"}),
+      with_signature<decltype(::SetPelloranIndependent)>(
+          {.name = "SetPelloranIndependent",
+           .argument_names = {"on"},
+           .writes = "nothing; switches working without an installation"}),
+      with_signature<decltype(::GetOSVersion)>(
+          {.name = "GetOSVersion", .writes = "nothing; gives the operating-system version"}),
+      with_signature<decltype(::PutRecentError)>({.name = "PutRecentError",
+                                                  .argument_names = {"text"},
+                                                  .writes = "nothing; records an error line"}),
+      with_signature<decltype(::RetrieveErrors)>(
+          {.name = "RetrieveErrors",
+           .writes = "nothing; takes the recorded error lines",
+           .meanings = {{0, "delivered"}}}),
+      with_signature<decltype(::Initialize_pphm)>(
+          {.name = "Initialize_pphm",
+           .writes = "nothing; discovers the installations and gives the messages of that"}),
+
+      with_signature<decltype(::GetPelVersList), Owner::kCaller>(
+          {.name = "GetPelVersList",
+           .argument_names = {"product selector"},
+           .writes = "nothing; lists the version keys of the installations"}),
+      with_signature<decltype(::FoundPelInst)>(
+          {.name = "FoundPelInst",
+           .writes = "nothing; looks for the installation that PHM names",
+           .meanings = {{0, "installation found"},
+                        {1, "PHM is not set"},
+                        {2, "its version file is missing"}},
+           .number_is_an_answer = true}),
+      with_signature<decltype(::FoundWebClient)>(
+          {.name = "FoundWebClient",
+           .writes = "nothing; looks for a web client among the installations found",
+           .meanings = {{0, "no web client in the list"}, {1, "web client in the list"}},
+           .number_is_an_answer = true}),
+
+      with_signature<decltype(::GetEnvironInfo)>({.name = "GetEnvironInfo",
+                                                  .argument_names = report,
+                                                  .writes = "\"List of environment variables\""}),
+      with_signature<decltype(::GetVersInfo)>(
+          {.name = "GetVersInfo",
+           .argument_names = {"report path", "mode", "final", "extra"},
+           .writes = "\"OS Version\", \"Pelloran Versions\", \"Java Versions\""}),
+      with_signature<decltype(::GetSysInfo)>(
+          {.name = "GetSysInfo",
+           .argument_names = {"report path", "section", "mode", "final"},
+           .writes =
+               "\"System Information\": machine, limits, disks, processes, network, packages"}),
+      with_signature<decltype(::GetPelVers)>(
+          {.name = "GetPelVers", .argument_names = report, .writes = "\"Pelloran Versions\""}),
+      with_signature<decltype(::GetJavaVers)>(
+          {.name = "GetJavaVers", .argument_names = report, .writes = "\"Java Versions\""}),
+  };
+}
+
+}  // namespace
+
+const std::vector<Entry>& catalogue() {
+  static const std::vector<Entry> entries = make_catalogue();
+  return entries;
+}
+
+std::vector<std::string> catalogue_names() {
+  Names names;
+  for (const Entry& entry : catalogue()) names.push_back(entry.name);
+  return names;
+}
+
+const Entry& find_entry(const std::string& name) {
+  for (const Entry& entry : catalogue()) {
+    if (entry.name == name) return entry;
+  }
+  throw UsageError("no call named " + name + "; \"sit list\" shows them all");
+}
+
+}  // namespace host

@@ -1,0 +1,18 @@
+// "sit collect": everything about this machine into one folder.
+#pragma once
+
+#include <filesystem>
+
+#include "plugin.h"
+
+namespace host {
+
+struct CollectOptions {
+  std::filesystem::path output = ".";
+  bool verbose = false;
+};
+
+// Returns the exit status: 0 when all went well, 1 when a step failed.
+int collect(const Plugin& plugin, const CollectOptions& options);
+
+}  // namespace host

@@ -1,0 +1,44 @@
+#include "plugin.h"
+
+#include <dlfcn.h>
+
+#include <array>
+
+namespace host {
+namespace {
+
+std::filesystem::path find_plugin() {
+  const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
+  const std::array candidates{here / "libsit.so", here.parent_path() / "lib" / "libsit.so",
+                              here.parent_path() / SIT_LIBRARY_DIRECTORY / "libsit.so"};
+  for (const auto& candidate : candidates) {
+    if (std::filesystem::exists(candidate)) return candidate;
+  }
+  throw Failure("cannot find libsit.so beside " + here.string() +
+                "/sit or in ../lib; use --plugin");
+}
+
+std::string loader_message() {
+  const char* message = ::dlerror();
+  return message == nullptr ? "unknown error" : message;
+}
+
+}  // namespace
+
+void Plugin::Unload::operator()(void* handle) const { ::dlclose(handle); }
+
+Plugin::Plugin(const std::optional<std::filesystem::path>& path,
+               const std::vector<std::string>& names)
+    : path_(path ? std::filesystem::absolute(*path) : find_plugin()),
+      handle_(::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+  if (!handle_) throw Failure("cannot load the plug-in: " + loader_message());
+  for (const std::string& name : names) static_cast<void>(address(name));
+}
+
+void* Plugin::address(const std::string& name) const {
+  void* found = ::dlsym(handle_.get(), name.c_str());
+  if (found == nullptr) throw Failure(path_.string() + " is not this plug-in: it lacks " + name);
+  return found;
+}
+
+}  // namespace host

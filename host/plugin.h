@@ -1,0 +1,44 @@
+// The plug-in, reached through the dynamic loader alone.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// Something that the user must be told in one line.
+class Failure : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class Plugin {
+ public:
+  // Loads the plug-in at `path`, or the one beside this program or in ../lib. Throws Failure when
+  // it cannot be loaded or lacks one of the `names`.
+  Plugin(const std::optional<std::filesystem::path>& path, const std::vector<std::string>& names);
+
+  template <typename Signature>
+  [[nodiscard]] Signature* function(const std::string& name) const {
+    return reinterpret_cast<Signature*>(address(name));
+  }
+  template <typename Type>
+  [[nodiscard]] Type& variable(const std::string& name) const {
+    return *static_cast<Type*>(address(name));
+  }
+
+ private:
+  [[nodiscard]] void* address(const std::string& name) const;
+
+  struct Unload {
+    void operator()(void* handle) const;
+  };
+  std::filesystem::path path_;
+  std::unique_ptr<void, Unload> handle_;
+};
+
+}  // namespace host

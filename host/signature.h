@@ -1,0 +1,140 @@
+// From a function's declared type: how its arguments are read from texts and how it is called.
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <cstdlib>
+#include <span>
+#include <string>
+#include <tuple>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "catalogue.h"
+
+namespace host {
+
+// Who frees a text that a call returns.
+enum class Owner { kPlugin, kCaller };
+
+// An argument as the user writes it.
+template <typename Type>
+struct Argument {
+  static_assert(std::is_integral_v<Type>);
+  static constexpr bool kIsGiven = true;
+  static std::string type() {
+    return (std::is_signed_v<Type> ? "" : "unsigned ") + std::to_string(sizeof(Type) * 8) +
+           "-bit integer";
+  }
+  Argument(const std::string& name, const std::string& given) {
+    const char* end = given.data() + given.size();
+    const auto [stop, error] = std::from_chars(given.data(), end, value);
+    if (error != std::errc{} || stop != end) {
+      throw UsageError("argument \"" + name + "\" must be a " + type() + ", not \"" + given + "\"");
+    }
+  }
+  Type pass() { return value; }
+  Type value{};
+};
+
+template <>
+struct Argument<const char*> {
+  static constexpr bool kIsGiven = true;
+  static std::string type() { return "text"; }
+  Argument(const std::string& /*name*/, std::string given) : value(std::move(given)) {}
+  const char* pass() { return value.c_str(); }
+  std::string value;
+};
+
+// A buffer that the call fills; the host brings it. Its text states its capacity, for the call
+// that asks.
+template <>
+struct Argument<char*> {
+  static constexpr bool kIsGiven = false;
+  static constexpr std::size_t kCapacity = 65535;
+  static std::string type() { return "buffer"; }
+  char* pass() { return value.data(); }
+  std::string value = std::string(kCapacity, ' ');
+};
+
+template <typename Signature>
+struct SignatureOf;
+
+template <typename Result, typename... Types>
+struct SignatureOf<Result(Types...) noexcept> {
+  static constexpr bool kFillsBuffer = (std::is_same_v<Types, char*> || ...);
+
+  static std::vector<std::string> argument_types() {
+    std::vector<std::string> types;
+    (add_type<Types>(types), ...);
+    return types;
+  }
+
+  template <Owner owner>
+  static Outcome call(const Plugin& plugin, const Entry& entry,
+                      [[maybe_unused]] std::span<const std::string> given) {
+    [[maybe_unused]] std::size_t next = 0;
+    std::tuple<Argument<Types>...> arguments{read<Types>(entry, given, next)...};
+    auto* function = plugin.function<Result(Types...) noexcept>(entry.name);
+    return std::apply(
+        [function](auto&... argument) { return outcome<owner>(function, argument...); }, arguments);
+  }
+
+ private:
+  template <typename Type>
+  static Argument<Type> read(const Entry& entry, std::span<const std::string> given,
+                             std::size_t& next) {
+    if constexpr (Argument<Type>::kIsGiven) {
+      const std::size_t index = next++;
+      return {entry.argument_names.at(index), given[index]};
+    } else {
+      return {};
+    }
+  }
+
+  template <typename Type>
+  static void add_type(std::vector<std::string>& types) {
+    if constexpr (Argument<Type>::kIsGiven) types.push_back(Argument<Type>::type());
+  }
+
+  template <Owner owner>
+  static Outcome outcome(Result (*function)(Types...) noexcept, Argument<Types>&... arguments) {
+    Outcome outcome;
+    if constexpr (std::is_void_v<Result>) {
+      function(arguments.pass()...);
+      if constexpr (kFillsBuffer) outcome.text = buffer_text(arguments...);
+    } else if constexpr (std::is_same_v<Result, char*>) {
+      char* text = function(arguments.pass()...);
+      if (text != nullptr) outcome.text = text;
+      if constexpr (owner == Owner::kCaller) std::free(text);
+    } else {
+      outcome.code = function(arguments.pass()...);
+      if constexpr (kFillsBuffer) {
+        if (*outcome.code == 0) outcome.text = buffer_text(arguments...);
+      }
+    }
+    return outcome;
+  }
+
+  static std::string buffer_text(Argument<Types>&... arguments) {
+    std::string text;
+    const auto take = [&text](auto& argument) {
+      if constexpr (!std::remove_reference_t<decltype(argument)>::kIsGiven) {
+        text = argument.value.c_str();
+      }
+    };
+    (take(arguments), ...);
+    return text;
+  }
+};
+
+// Completes a catalogue entry from the function's declaration.
+template <typename Signature, Owner owner = Owner::kPlugin>
+Entry with_signature(Entry entry) {
+  entry.argument_types = SignatureOf<Signature>::argument_types();
+  entry.caller = &SignatureOf<Signature>::template call<owner>;
+  return entry;
+}
+
+}  // namespace host

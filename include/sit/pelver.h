@@ -1,0 +1,108 @@
+/* The installations on this machine: one Pelloran installation (found through the environment
+ * variable PHM or the launcher /usr/bin/pel) and one Delvon monitoring installation (through
+ * DELVONINIT), with their versions. */
+#ifndef SIT_PELVER_H
+#define SIT_PELVER_H
+
+#include <stdint.h>
+#include <stdio.h>
+
+#include "sit/export.h"
+
+SIT_BEGIN_C
+
+/* One installation. Texts belong to the record and may be null. Records live until the process
+ * ends. */
+typedef struct PHMVER {
+  char *version; /* as used for selection and listing, e.g. 10.1B03 */
+  char *dir;     /* installation directory */
+  int16_t major;
+  int16_t minor;
+  char *maintLevel; /* never null once the version has been read */
+  int16_t servicePack;
+  int16_t servicePackMinor; /* temporary fix number */
+  int16_t build;
+  int32_t bitness; /* 0: not recorded, always so on Unix */
+  char *fullVersion;
+  uint32_t flags;    /* PK_ bits; none: a plain Pelloran installation */
+  char *pluginsFile; /* admin-server plugins file last used */
+  char *conmgrFile;  /* connection-manager properties file last used */
+  char *wrkDir;      /* admin-server work directory */
+  char *initFile;    /* monitoring installation: its init file */
+  char *pelVersion;  /* monitoring installation: version of its Pelloran installation */
+  struct PHMVER *next;
+} PHMVER;
+
+/* Product kind bits of PHMVER.flags. */
+enum {
+  PK_WEBCLIENT = 1,
+  PK_FRAMEWORK = 2,
+  PK_MONITOR = 4, /* discovery sets this bit; tests use PK_MONITOR_MASK */
+  PK_MONITOR_MASK = 60,
+  PK_EXTRA = 64
+};
+
+/* Product selectors; any other value selects every record. */
+enum {
+  SEL_PRODUCT = 1,
+  SEL_WEBCLIENT = 2,
+  SEL_PRODUCT_AND_WEBCLIENT = 3,
+  SEL_FRAMEWORK = 4,
+  SEL_MONITOR = 5,
+  SEL_EXTRA = 6,
+  SEL_FRAMEWORK_AND_EXTRA = 7,
+  SEL_ANY = 99
+};
+
+/* The installations found, in discovery order; null before the first discovery. */
+extern SIT_API PHMVER *pphm;
+
+/* A new record with every text null and every number 0; null when memory runs out. The caller
+ * hands it to a list. */
+SIT_API PHMVER *createPHMVER(void) SIT_NOEXCEPT;
+
+/* Appends `record` to the list whose head is at `list`. */
+SIT_API void addPHMVERToList(PHMVER **list, PHMVER *record) SIT_NOEXCEPT;
+
+/* Discovers the installations into pphm. Returns the messages of that as a new text that the
+ * caller frees: empty when they could not be collected, null only when memory runs out.
+ * Relies on a temporary file (GetTempFile). */
+SIT_API char *GetPhmVers(void) SIT_NOEXCEPT;
+
+/* Finds the Pelloran installation, makes its record the head of `list` and writes the messages
+ * to `output`. */
+SIT_API void getPelUnixVersions(PHMVER **list, FILE *output) SIT_NOEXCEPT;
+
+/* Finds the Delvon monitoring installation, appends its record to `list` and writes the messages
+ * to `output`. */
+SIT_API void getDelvonUnixVersions(PHMVER **list, FILE *output) SIT_NOEXCEPT;
+
+/* Reads the installation directory of the monitoring product out of its init file into `buffer`,
+ * at least 255 bytes. Returns 0 when a non-empty directory was found; the system error number
+ * when the file cannot be opened; else 1. */
+SIT_API int GetDelvonTarg(const char *init_file, char *buffer) SIT_NOEXCEPT;
+
+/* Fills the version fields of `record` from its version library, else from its version file, and
+ * writes the messages to `output`. */
+SIT_API void getPelVerInfo(PHMVER *record, FILE *output) SIT_NOEXCEPT;
+
+/* The same from the version library at `path`, which is loaded for the time of the call and runs
+ * in this process. A file that is not a whole library is not loaded.
+ * Returns 1 when it was loaded, else 0. */
+SIT_API int getPelVerInfoDLL(PHMVER *record, const char *path, FILE *output) SIT_NOEXCEPT;
+
+/* The same from the version file in the record's directory. */
+SIT_API void getPelVerInfoFile(PHMVER *record, FILE *output) SIT_NOEXCEPT;
+
+/* Sets major and minor of `record` from a version text such as 10.1B03. */
+SIT_API void ParseVerString(const char *version, PHMVER *record) SIT_NOEXCEPT;
+
+/* Removes the patch part of a version text in place: 10.1B03 becomes 10.1B. */
+SIT_API void RmPatchInfoPHM(char *version) SIT_NOEXCEPT;
+
+/* 1 when `record` belongs to the product selector, else 0. */
+SIT_API int IsCorrectProduct(const PHMVER *record, int selector) SIT_NOEXCEPT;
+
+SIT_END_C
+
+#endif

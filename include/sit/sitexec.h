@@ -1,0 +1,92 @@
+/* What the host calls: the session calls, the queries and the collection commands.
+ *
+ * Every collection command writes one section into the report at `path` (at most 255 characters)
+ * and returns 0 or one of:
+ *   10000  the path is null or empty; nothing else has happened
+ *   10008  the path is longer than 255 characters
+ *   else   the system error number of opening the report or of flushing it at the end
+ * `mode` 64 makes a new report with a header; any other value appends. `final` 1 ends the report
+ * with "==End of Log==". Commands initiate the session themselves. */
+#ifndef SIT_SITEXEC_H
+#define SIT_SITEXEC_H
+
+#include <stdint.h>
+
+#include "sit/export.h"
+
+SIT_BEGIN_C
+
+/* ---- Session calls ---- */
+
+/* Makes the session record and fills user, host and operating-system version. Optional: the
+ * commands do it when needed. A second call makes a new record. Always returns 0; IsInitiated
+ * stays 0 when memory ran out. */
+SIT_API int SIT_Initiate(void) SIT_NOEXCEPT;
+
+/* Writes "11.6" into `buffer`, at least 5 bytes. */
+SIT_API void GetAPIVersion(char *buffer) SIT_NOEXCEPT;
+
+/* Switches verbose messages in the reports on (non-zero) or off. */
+SIT_API void SetVerboseMode(int on) SIT_NOEXCEPT;
+
+/* Switches working without any installation on (non-zero) or off. */
+SIT_API void SetPelloranIndependent(int on) SIT_NOEXCEPT;
+
+/* Writes the operating-system version into `buffer`, at least 256 bytes. Returns the buffer, or
+ * null when there is no session. */
+SIT_API char *GetOSVersion(char *buffer) SIT_NOEXCEPT;
+
+/* Appends `text` and a newline to the session's error text. Ignored before initiation and when
+ * memory runs out. */
+SIT_API void PutRecentError(const char *text) SIT_NOEXCEPT;
+
+/* Moves the error text into `buffer`, whose current text length states its capacity without the
+ * terminator. Returns 0 when it was delivered; else the length needed, and nothing has changed.
+ * A null buffer has no room: the length needed is returned. */
+SIT_API int RetrieveErrors(char *buffer) SIT_NOEXCEPT;
+
+/* Discovers the installations (again) and stores the messages of that in the session. Returns
+ * them; the text belongs to the session. A text stored before stays valid. */
+SIT_API char *Initialize_pphm(void) SIT_NOEXCEPT;
+
+/* ---- Queries about installations ---- */
+
+/* The version keys of the installations that the product selector accepts, separated by ",":
+ * the version without its patch part, for a monitoring installation followed by ":" and the
+ * version of the Pelloran installation it belongs to. At most 255 characters; a key that does not
+ * fit is left out. Returns a new text that the caller frees; null when memory runs out. */
+SIT_API char *GetPelVersList(unsigned int selector) SIT_NOEXCEPT;
+
+/* 0 when the directory named by the environment variable PHM holds a version file, 1 when PHM is
+ * not set, 2 when the file is missing. */
+SIT_API int FoundPelInst(void) SIT_NOEXCEPT;
+
+/* 1 when a web-client installation is in the list, else 0. Discovers nothing itself. */
+SIT_API int FoundWebClient(void) SIT_NOEXCEPT;
+
+/* ---- Collection commands ---- */
+
+/* "List of environment variables": what the shell's "set" prints. */
+SIT_API int GetEnvironInfo(const char *path, int mode, int final) SIT_NOEXCEPT;
+
+/* "System Information": machine, limits, disks, kernel, processes, network, packages; see
+ * usysinfo.h. Any `section` but 0 leaves all sections out. */
+SIT_API int GetSysInfo(const char *path, int16_t section, int mode, int final) SIT_NOEXCEPT;
+
+/* "Pelloran Versions": the messages of the discovery. Called while another command's report is
+ * open, it writes into that one, ignores its arguments and returns 0. */
+SIT_API int GetPelVers(const char *path, int mode, int final) SIT_NOEXCEPT;
+
+/* "Java Versions" of the installations, or of the machine in product-independent mode. Joins an
+ * open report as GetPelVers does. Also returns 10008 when no installation was found; the report
+ * is complete all the same. */
+SIT_API int GetJavaVers(const char *path, int mode, int final) SIT_NOEXCEPT;
+
+/* "OS Version", then the sections of GetPelVers (unless product-independent) and GetJavaVers.
+ * `extra` non-zero asks for further versions, of which Unix has none. Also returns 10008 when no
+ * installation was found; the report is complete all the same. */
+SIT_API int GetVersInfo(const char *path, int mode, int final, int extra) SIT_NOEXCEPT;
+
+SIT_END_C
+
+#endif

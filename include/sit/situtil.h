@@ -1,0 +1,49 @@
+/* Running commands under a time limit, and the file helpers around them. */
+#ifndef SIT_SITUTIL_H
+#define SIT_SITUTIL_H
+
+#include "sit/export.h"
+
+SIT_BEGIN_C
+
+/* Runs `command` through "/bin/sh" "-c" with its standard output and standard error in the file
+ * `output`, which is created with mode 0666 less the umask and is not truncated. Waits until the
+ * command has ended, at most 60 seconds; a command still running then is left alone, neither
+ * signalled nor waited for again. The command starts with standard input from /dev/null, the
+ * default action for SIGPIPE, no blocked signals, and no descriptor of the host's.
+ * Returns 0 for exit code 0; -1 for exit code 1, for the time limit, and when no child could be
+ * made or waited for; else the wait status (exit code times 256, or the signal number).
+ * Exit code 255 also stands for an output file that cannot be opened or a missing shell.
+ * Relies on fork, waitpid and, where the kernel has it, pidfd_open; leaves SIGCHLD as it is. */
+SIT_API int execcmd(const char *command, const char *output) SIT_NOEXCEPT;
+
+/* Runs `command` with execcmd and copies what it printed into the open report, whether it
+ * succeeded or not. With an `output` path the text stays in that file instead and nothing is
+ * copied; null stands for a temporary file. */
+SIT_API void LogCmdOutput(const char *command, const char *output) SIT_NOEXCEPT;
+
+/* A name for a temporary file, prefix "sit", that belongs to no file and that can be created:
+ * in TMPDIR when that names a directory, else in /tmp; failing that, in the directory of the
+ * open report. Returns a new text that the caller frees, or null when no file can be made. */
+SIT_API char *GetTempFile(void) SIT_NOEXCEPT;
+
+/* Copies the file at `path` into the open report as it stands.
+ * Returns 0, or the system error number of the failed open. */
+SIT_API int ReadTextFile(const char *path) SIT_NOEXCEPT;
+
+/* The mode bits (type and permissions) of what `path` names, symbolic links followed; 0 when it
+ * cannot be examined (errno then says why). */
+SIT_API unsigned int FileExists(const char *path) SIT_NOEXCEPT;
+
+/* Copies `source` to `destination`, which is truncated or, with a non-zero `append`, added to.
+ * With a non-zero `trim` a source of more than 1048576 bytes is copied from the first line that
+ * begins in its last 1048576 bytes, behind a banner that says so.
+ * Returns 0; -1 for a null path; EINVAL when both name one file; else the system error number. A
+ * copy that failed half-way is
+ * removed, unless it was appended to a file that had content of its own. */
+SIT_API int CopyEndOfFile(const char *source, const char *destination, int trim,
+                          int append) SIT_NOEXCEPT;
+
+SIT_END_C
+
+#endif

@@ -1,0 +1,51 @@
+// A text of fixed capacity. It takes a piece whole or not at all, so that no cut path is ever
+// opened and no cut command ever run.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <initializer_list>
+#include <string_view>
+
+namespace sit {
+
+// `Bytes` counts the terminator, as the capacities in the public headers do.
+template <std::size_t Bytes>
+class BoundedText {
+ public:
+  static constexpr std::size_t kMaxLength = Bytes - 1;
+
+  constexpr BoundedText() noexcept { bytes_[0] = '\0'; }
+
+  [[nodiscard]] bool append(std::string_view piece) noexcept {
+    if (piece.size() > kMaxLength - length_) return false;
+    std::memcpy(bytes_.data() + length_, piece.data(), piece.size());
+    length_ += piece.size();
+    bytes_[length_] = '\0';
+    return true;
+  }
+
+  // Appends all pieces or, when they do not fit together, none.
+  [[nodiscard]] bool append(std::initializer_list<std::string_view> pieces) noexcept {
+    const std::size_t before = length_;
+    for (const std::string_view piece : pieces) {
+      if (append(piece)) continue;
+      length_ = before;
+      bytes_[length_] = '\0';
+      return false;
+    }
+    return true;
+  }
+
+  [[nodiscard]] const char* c_str() const noexcept { return bytes_.data(); }
+  [[nodiscard]] std::string_view view() const noexcept { return {bytes_.data(), length_}; }
+  [[nodiscard]] std::size_t size() const noexcept { return length_; }
+  [[nodiscard]] bool empty() const noexcept { return length_ == 0; }
+
+ private:
+  std::array<char, Bytes> bytes_;
+  std::size_t length_ = 0;
+};
+
+}  // namespace sit

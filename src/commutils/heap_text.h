@@ -1,0 +1,44 @@
+// Texts from malloc: the record fields, and whatever crosses the boundary, where the caller frees
+// with free().
+#pragma once
+
+#include <cstdlib>
+#include <cstring>
+#include <initializer_list>
+#include <memory>
+#include <string_view>
+
+namespace sit {
+
+struct FreeText {
+  void operator()(void* memory) const noexcept { std::free(memory); }
+};
+using HeapText = std::unique_ptr<char, FreeText>;
+
+// A new text of all pieces in a row; null when memory runs out.
+[[nodiscard]] inline HeapText concatenate(std::initializer_list<std::string_view> pieces) noexcept {
+  std::size_t length = 0;
+  for (const std::string_view piece : pieces) length += piece.size();
+  HeapText text{static_cast<char*>(std::malloc(length + 1))};
+  if (text == nullptr) return text;
+  char* end = text.get();
+  for (const std::string_view piece : pieces) {
+    std::memcpy(end, piece.data(), piece.size());
+    end += piece.size();
+  }
+  *end = '\0';
+  return text;
+}
+
+[[nodiscard]] inline HeapText duplicate(std::string_view text) noexcept {
+  return concatenate({text});
+}
+
+// Makes a record's field a copy of `text`; the field is null when memory runs out.
+inline void replace_field(char*& field, std::string_view text) noexcept {
+  HeapText copy = duplicate(text);
+  std::free(field);
+  field = copy.release();
+}
+
+}  // namespace sit

@@ -1,0 +1,96 @@
+// The message formatter.
+#include <array>
+#include <cstdarg>
+#include <cstddef>
+#include <cstring>
+#include <string_view>
+
+#include "commutils/views.h"
+#include "sit/codes.h"
+#include "sit/commutils.h"
+
+namespace {
+
+// The caller's buffer, filled from its start. A message is for reading, so unlike a path it may
+// be cut at its capacity.
+class Message {
+ public:
+  explicit Message(char* buffer) noexcept : next_(buffer), limit_(buffer + SIT_MESSAGE_BYTES - 1) {}
+
+  void add(char c) noexcept {
+    if (!full()) *next_++ = c;
+  }
+  void add(std::string_view text) noexcept {
+    const auto room = static_cast<std::size_t>(limit_ - next_);
+    const std::string_view fitting = sit::head(text, room);
+    std::memcpy(next_, fitting.data(), fitting.size());
+    next_ += fitting.size();
+  }
+  [[nodiscard]] bool full() const noexcept { return next_ >= limit_; }
+  void terminate() noexcept { *next_ = '\0'; }
+
+ private:
+  char* next_;
+  char* limit_;
+};
+
+constexpr std::string_view kConversions = "sdilxXcr";
+
+struct Arguments {
+  va_list list;
+};
+
+void convert(char conversion, Arguments& arguments, Message& message) noexcept {
+  std::array<char, 12> digits{};
+  switch (conversion) {
+    case 's':
+      message.add(sit::text_of(va_arg(arguments.list, const char*)));
+      break;
+    case 'x':
+    case 'X':
+      intohl2(va_arg(arguments.list, unsigned), digits.data());
+      message.add(std::string_view{digits.data()});
+      break;
+    case 'c':
+      message.add(static_cast<char>(va_arg(arguments.list, int)));
+      break;
+    case 'r':
+      message.add('\n');
+      break;
+    default:
+      intoal(va_arg(arguments.list, int), digits.data());
+      message.add(std::string_view{digits.data()});
+      break;
+  }
+}
+
+const char* skip_annotation(const char* format) noexcept {
+  if (*format != '<') return format;
+  const char* end = std::strchr(format, '>');
+  return end == nullptr ? format + std::strlen(format) : end + 1;
+}
+
+}  // namespace
+
+extern "C" void msgsub(char* output, const char* format, va_list arguments) noexcept {
+  if (output == nullptr) return;
+  Message message{output};
+  Arguments taken{};
+  va_copy(taken.list, arguments);
+  const char* next = format == nullptr ? "" : format;
+  while (*next != '\0' && !message.full()) {
+    if (next[0] != '%' || next[1] == '\0') {
+      message.add(*next++);
+      continue;
+    }
+    if (kConversions.find(next[1]) == std::string_view::npos) {
+      message.add(std::string_view{next, 2});
+      next += 2;
+      continue;
+    }
+    convert(next[1], taken, message);
+    next = skip_annotation(next + 2);
+  }
+  va_end(taken.list);
+  message.terminate();
+}

@@ -1,0 +1,53 @@
+// Text helpers that stay within libc: std::string_view's own checked operations would pull in
+// the C++ runtime's exceptions.
+#pragma once
+
+#include <cstddef>
+#include <cstring>
+#include <span>
+#include <string_view>
+
+namespace sit {
+
+// The text that a C pointer names; a null pointer counts as an empty text.
+inline std::string_view text_of(const char* text) noexcept {
+  return text == nullptr ? std::string_view{} : std::string_view{text};
+}
+
+inline bool is_missing(const char* text) noexcept { return text == nullptr || *text == '\0'; }
+
+// The part of `text` before `count`, and the part from there on.
+inline std::string_view head(std::string_view text, std::size_t count) noexcept {
+  return {text.data(), count < text.size() ? count : text.size()};
+}
+inline std::string_view tail(std::string_view text, std::size_t count) noexcept {
+  const std::size_t skipped = count < text.size() ? count : text.size();
+  return {text.data() + skipped, text.size() - skipped};
+}
+
+// As a C text: binary files hold NUL characters.
+inline std::string_view up_to_nul(std::string_view text) noexcept {
+  return head(text, text.find('\0'));
+}
+
+inline std::string_view without_line_end(std::string_view line) noexcept {
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  if (line.ends_with('\r')) line.remove_suffix(1);
+  return line;
+}
+
+inline bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
+
+inline char to_lower(char c) noexcept {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+// Stores `text` with a terminator in `field` when it fits whole; else leaves the field alone.
+[[nodiscard]] inline bool store(std::span<char> field, std::string_view text) noexcept {
+  if (text.size() >= field.size()) return false;
+  std::memcpy(field.data(), text.data(), text.size());
+  field[text.size()] = '\0';
+  return true;
+}
+
+}  // namespace sit

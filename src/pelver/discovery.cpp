@@ -1,0 +1,174 @@
+// Finding the installations.
+#include <sys/stat.h>
+
+#include <array>
+#include <cerrno>
+#include <cstdlib>
+
+#include "commutils/heap_text.h"
+#include "commutils/views.h"
+#include "handles.h"
+#include "pelver/pelver.h"
+#include "sit/situtil.h"
+#include "situtil/piece_reader.h"
+#include "situtil/temp_file.h"
+
+namespace {
+
+// The whole file as a text; empty when it cannot be read.
+sit::HeapText read_back(const char* path) noexcept {
+  const sit::UniqueFd file = sit::open_for_reading(path);
+  struct stat status {};
+  if (!file.is_open() || ::fstat(file.get(), &status) != 0) return {};
+  const auto size = static_cast<std::size_t>(status.st_size);
+  sit::HeapText text{static_cast<char*>(std::malloc(size + 1))};
+  if (text == nullptr) return text;
+  std::size_t held = 0;
+  while (held < size) {
+    const std::size_t got = sit::read_some(file.get(), text.get() + held, size - held);
+    if (got == 0) break;
+    held += got;
+  }
+  text.get()[held] = '\0';
+  return text;
+}
+
+// Discovers into pphm; the messages go through a temporary file. Null when they are lost.
+sit::HeapText discover() noexcept {
+  const sit::TempFile messages;
+  if (!messages.has_name()) return {};
+  sit::UniqueFile output{std::fopen(messages.name(), "wxe")};
+  if (output == nullptr) return {};
+  getPelUnixVersions(&pphm, output.get());
+  getDelvonUnixVersions(&pphm, output.get());
+  if (std::fclose(output.release()) != 0) return {};
+  return read_back(messages.name());
+}
+
+PHMVER* new_record(std::string_view directory, std::string_view failure, FILE* output) noexcept {
+  PHMVER* record = createPHMVER();
+  if (record == nullptr) {
+    sit::print(output, {failure});
+  } else {
+    sit::replace_field(record->dir, directory);
+  }
+  return record;
+}
+
+constexpr std::string_view kNoMemory = "Failed allocating memory for Pelloran version\n";
+
+void discover_through_environment(const char* value, PHMVER** list, FILE* output) noexcept {
+  sit::print(output, {"Using PHM: ", value, "\n"});
+  PHMVER* record = new_record(value, kNoMemory, output);
+  if (record == nullptr) return;
+  *list = record;
+  getPelVerInfo(record, output);
+}
+
+// The directory that the launcher script gives PHM in its second line, behind ten characters and
+// up to a "}". False when it has none there.
+bool find_launcher_value(std::string_view script, std::string_view& value) noexcept {
+  constexpr std::size_t kAssignment = 10;
+  const std::size_t newline = script.find('\n');
+  if (newline == std::string_view::npos) return false;
+  const std::size_t start = newline + 1 + kAssignment;
+  if (start >= script.size()) return false;
+  const std::string_view line = sit::tail(script, start);
+  const std::size_t end = line.find_first_of("}\n");
+  if (end == std::string_view::npos || line[end] == '\n') return false;
+  value = sit::up_to_nul(sit::head(line, end));
+  return true;
+}
+
+void discover_through_launcher(PHMVER** list, FILE* output) noexcept {
+  const sit::UniqueFd launcher = sit::open_for_reading(sit::kLauncher);
+  if (!launcher.is_open()) {
+    sit::print(output, {"Please set the PHM environment variable and execute again\n"});
+    return;
+  }
+  sit::print(output, {"Extracting PHM from ", sit::kLauncher, "\n"});
+  std::array<char, 255> bytes{};
+  const std::size_t held = sit::read_some(launcher.get(), bytes.data(), bytes.size());
+  std::string_view value;
+  if (!find_launcher_value({bytes.data(), held}, value)) {
+    sit::print(output, {"Unable to locate PHM in ", sit::kLauncher, "\n"});
+    return;
+  }
+  PHMVER* record = new_record(value, kNoMemory, output);
+  if (record == nullptr) return;
+  sit::print(output, {"PHM is ", value, "\n"});
+  *list = record;
+  getPelVerInfo(record, output);
+}
+
+const PHMVER* first_plain_installation(const PHMVER* list) noexcept {
+  while (list != nullptr && IsCorrectProduct(list, SEL_PRODUCT) == 0) list = list->next;
+  return list;
+}
+
+}  // namespace
+
+extern "C" {
+
+char* GetPhmVers() noexcept {
+  sit::HeapText messages = discover();
+  if (messages == nullptr) messages = sit::duplicate("");
+  return messages.release();
+}
+
+void getPelUnixVersions(PHMVER** list, FILE* output) noexcept {
+  if (list == nullptr) return;
+  if (const char* value = std::getenv("PHM"); value != nullptr) {
+    discover_through_environment(value, list, output);
+    return;
+  }
+  sit::print(output, {"No PHM env var set\n"});
+  discover_through_launcher(list, output);
+}
+
+void getDelvonUnixVersions(PHMVER** list, FILE* output) noexcept {
+  const char* init_file = std::getenv("DELVONINIT");
+  if (list == nullptr || init_file == nullptr) return;
+  if (FileExists(init_file) == 0) {
+    sit::print(output, {"Found DELVONINIT, ", init_file, " does not exist\n\n"});
+    return;
+  }
+  std::array<char, SIT_PATH_BYTES> directory{};
+  if (GetDelvonTarg(init_file, directory.data()) != 0) {
+    sit::print(output,
+               {"Found DELVONINIT, unable to extract delvonInstallDir from ", init_file, "\n\n"});
+    return;
+  }
+  sit::print(output, {"Using DELVONINIT: ", init_file, "\n"});
+  PHMVER* record = new_record(
+      directory.data(), "FATAL ERROR: Failed to allocate memory to store Delvon info\n\n", output);
+  if (record == nullptr) return;
+  sit::replace_field(record->initFile, init_file);
+  record->flags |= PK_MONITOR;
+  addPHMVERToList(list, record);
+  getPelVerInfo(record, output);
+  const PHMVER* owner = first_plain_installation(*list);
+  if (owner != nullptr && owner->version != nullptr) {
+    sit::replace_field(record->pelVersion, owner->version);
+  }
+}
+
+int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
+  constexpr std::string_view kAssignment = "SET delvonInstallDir=";
+  constexpr std::size_t kBytes = 255;
+  if (init_file == nullptr || buffer == nullptr) return 1;
+  buffer[0] = '\0';
+  const sit::UniqueFd file = sit::open_for_reading(init_file);
+  if (!file.is_open()) return errno;
+  sit::PieceReader reader{file.get(), sit::kPieceLength};
+  for (sit::Piece line; reader.next(line);) {
+    if (!line.starts_line || !line.text.starts_with(kAssignment)) continue;
+    const std::string_view value = sit::without_line_end(sit::tail(line.text, kAssignment.size()));
+    // A line longer than a piece would give a cut directory.
+    const bool stored = line.ends_line && sit::store({buffer, kBytes}, value);
+    return stored && buffer[0] != '\0' ? 0 : 1;
+  }
+  return 1;
+}
+
+}  // extern "C"

@@ -1,0 +1,58 @@
+#include "situtil/piece_reader.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstring>
+
+#include "commutils/views.h"
+
+namespace sit {
+
+UniqueFd open_for_reading(const char* path) noexcept {
+  return UniqueFd{::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
+}
+
+std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept {
+  for (;;) {
+    const ssize_t got = ::read(fd, bytes, count);
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) return 0;
+  }
+}
+
+// Reads until a whole piece is there. One character more than a piece tells whether the text goes
+// on after it.
+void PieceReader::fill() noexcept {
+  const std::size_t held = end_ - begin_;
+  std::memmove(bytes_.data(), bytes_.data() + begin_, held);
+  begin_ = 0;
+  end_ = held;
+  while (!at_end_ && end_ <= piece_length_) {
+    const std::size_t got = read_some(fd_, bytes_.data() + end_, bytes_.size() - end_);
+    at_end_ = got == 0;
+    end_ += got;
+  }
+}
+
+bool PieceReader::next(Piece& piece) noexcept {
+  const auto newline_ahead = [this]() -> const void* {
+    return std::memchr(bytes_.data() + begin_, '\n', end_ - begin_);
+  };
+  if (end_ - begin_ <= piece_length_ && newline_ahead() == nullptr) fill();
+  if (begin_ == end_) return false;
+
+  const std::string_view ahead{bytes_.data() + begin_, end_ - begin_};
+  const std::string_view longest = head(ahead, piece_length_);
+  const std::size_t newline = longest.find('\n');
+  piece.text = newline == std::string_view::npos ? longest : head(longest, newline + 1);
+  piece.starts_line = starts_line_;
+  piece.ends_line =
+      newline != std::string_view::npos || (at_end_ && piece.text.size() == ahead.size());
+  begin_ += piece.text.size();
+  starts_line_ = piece.ends_line;
+  return true;
+}
+
+}  // namespace sit
