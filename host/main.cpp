@@ -67,13 +67,11 @@ int run_chosen(const CLI::App& app, const CommandLine& line) {
   return host::call(plugin, line.call_name, app.get_subcommand("call")->remaining());
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int run(int argc, char** argv) {
   CLI::App app{"Collects diagnostic reports about this machine and its Pelloran products."};
   CommandLine line;
+  describe(app, line);
   try {
-    describe(app, line);
     app.parse(argc, argv);
     if (!line.version && app.get_subcommands().empty()) {
       throw host::UsageError("nothing to do; try sit --help");
@@ -86,6 +84,16 @@ int main(int argc, char** argv) {
     return kWrongUsage;
   } catch (const std::exception& error) {
     std::cerr << "sit: " << error.what() << "\n";
+    return kFailed;
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return run(argc, argv);
+  } catch (...) {
     return kFailed;
   }
 }

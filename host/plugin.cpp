@@ -25,18 +25,16 @@ std::string loader_message() {
 
 }  // namespace
 
-void Plugin::Unload::operator()(void* handle) const { ::dlclose(handle); }
-
 Plugin::Plugin(const std::optional<std::filesystem::path>& path,
                const std::vector<std::string>& names)
     : path_(path ? std::filesystem::absolute(*path) : find_plugin()),
       handle_(::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL)) {
-  if (!handle_) throw Failure("cannot load the plug-in: " + loader_message());
+  if (handle_ == nullptr) throw Failure("cannot load the plug-in: " + loader_message());
   for (const std::string& name : names) static_cast<void>(address(name));
 }
 
 void* Plugin::address(const std::string& name) const {
-  void* found = ::dlsym(handle_.get(), name.c_str());
+  void* found = ::dlsym(handle_, name.c_str());
   if (found == nullptr) throw Failure(path_.string() + " is not this plug-in: it lacks " + name);
   return found;
 }

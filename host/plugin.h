@@ -2,7 +2,6 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 #include <optional>
 #include <stdexcept>
 #include <string>
@@ -34,11 +33,9 @@ class Plugin {
  private:
   [[nodiscard]] void* address(const std::string& name) const;
 
-  struct Unload {
-    void operator()(void* handle) const;
-  };
   std::filesystem::path path_;
-  std::unique_ptr<void, Unload> handle_;
+  // Never unloaded: the plug-in keeps its session until the process ends.
+  void* handle_;
 };
 
 }  // namespace host

@@ -34,7 +34,7 @@ struct Argument {
       throw UsageError("argument \"" + name + "\" must be a " + type() + ", not \"" + given + "\"");
     }
   }
-  Type pass() { return value; }
+  [[nodiscard]] Type pass() const { return value; }
   Type value{};
 };
 
@@ -43,7 +43,7 @@ struct Argument<const char*> {
   static constexpr bool kIsGiven = true;
   static std::string type() { return "text"; }
   Argument(const std::string& /*name*/, std::string given) : value(std::move(given)) {}
-  const char* pass() { return value.c_str(); }
+  [[nodiscard]] const char* pass() const { return value.c_str(); }
   std::string value;
 };
 
@@ -121,7 +121,7 @@ struct SignatureOf<Result(Types...) noexcept> {
     std::string text;
     const auto take = [&text](auto& argument) {
       if constexpr (!std::remove_reference_t<decltype(argument)>::kIsGiven) {
-        text = argument.value.c_str();
+        text = argument.value.substr(0, argument.value.find('\0'));
       }
     };
     (take(arguments), ...);

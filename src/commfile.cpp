@@ -63,8 +63,8 @@ int log_formatted(const char* prefix, const char* format, va_list arguments) noe
 
 int sit::log_bytes(std::string_view bytes) noexcept {
   if (fp == nullptr) return 0;
-  std::fwrite(bytes.data(), 1, bytes.size(), fp);
-  return std::fflush(fp);
+  const bool is_whole = std::fwrite(bytes.data(), 1, bytes.size(), fp) == bytes.size();
+  return std::fflush(fp) == 0 && is_whole ? 0 : EOF;
 }
 
 sit::TooLong::TooLong(std::string_view what, std::string_view text,

@@ -2,11 +2,13 @@
 // opened and no cut command ever run.
 #pragma once
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
 #include <initializer_list>
 #include <string_view>
+
+#include "commutils/views.h"
 
 namespace sit {
 
@@ -20,22 +22,21 @@ class BoundedText {
 
   [[nodiscard]] bool append(std::string_view piece) noexcept {
     if (piece.size() > kMaxLength - length_) return false;
-    std::memcpy(bytes_.data() + length_, piece.data(), piece.size());
+    *put(bytes_.data() + length_, piece) = '\0';
     length_ += piece.size();
-    bytes_[length_] = '\0';
     return true;
   }
 
   // Appends all pieces or, when they do not fit together, none.
   [[nodiscard]] bool append(std::initializer_list<std::string_view> pieces) noexcept {
     const std::size_t before = length_;
-    for (const std::string_view piece : pieces) {
-      if (append(piece)) continue;
+    const bool fits =
+        std::ranges::all_of(pieces, [this](std::string_view piece) { return append(piece); });
+    if (!fits) {
       length_ = before;
       bytes_[length_] = '\0';
-      return false;
     }
-    return true;
+    return fits;
   }
 
   [[nodiscard]] const char* c_str() const noexcept { return bytes_.data(); }

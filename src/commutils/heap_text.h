@@ -3,10 +3,11 @@
 #pragma once
 
 #include <cstdlib>
-#include <cstring>
 #include <initializer_list>
 #include <memory>
 #include <string_view>
+
+#include "commutils/views.h"
 
 namespace sit {
 
@@ -22,10 +23,7 @@ using HeapText = std::unique_ptr<char, FreeText>;
   HeapText text{static_cast<char*>(std::malloc(length + 1))};
   if (text == nullptr) return text;
   char* end = text.get();
-  for (const std::string_view piece : pieces) {
-    std::memcpy(end, piece.data(), piece.size());
-    end += piece.size();
-  }
+  for (const std::string_view piece : pieces) end = put(end, piece);
   *end = '\0';
   return text;
 }

@@ -22,9 +22,7 @@ class Message {
   }
   void add(std::string_view text) noexcept {
     const auto room = static_cast<std::size_t>(limit_ - next_);
-    const std::string_view fitting = sit::head(text, room);
-    std::memcpy(next_, fitting.data(), fitting.size());
-    next_ += fitting.size();
+    next_ = sit::put(next_, sit::head(text, room));
   }
   [[nodiscard]] bool full() const noexcept { return next_ >= limit_; }
   void terminate() noexcept { *next_ = '\0'; }

@@ -1,5 +1,4 @@
 // String primitives.
-#include <cstring>
 #include <utility>
 
 #include "commutils/views.h"
@@ -10,10 +9,9 @@ extern "C" int stlen(const char* text) noexcept {
 }
 
 extern "C" char* stcopy(char* destination, const char* source) noexcept {
-  const std::string_view text = sit::text_of(source);
-  std::memcpy(destination, text.data(), text.size());
-  destination[text.size()] = '\0';
-  return destination + text.size();
+  char* end = sit::put(destination, sit::text_of(source));
+  *end = '\0';
+  return end;
 }
 
 extern "C" void reversen(char* text, int count) noexcept {

@@ -42,11 +42,16 @@ inline char to_lower(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
+// Writes the bytes of `text` to `to` and returns where they end.
+inline char* put(char* to, std::string_view text) noexcept {
+  if (!text.empty()) std::memcpy(to, text.data(), text.size());
+  return to + text.size();
+}
+
 // Stores `text` with a terminator in `field` when it fits whole; else leaves the field alone.
 [[nodiscard]] inline bool store(std::span<char> field, std::string_view text) noexcept {
   if (text.size() >= field.size()) return false;
-  std::memcpy(field.data(), text.data(), text.size());
-  field[text.size()] = '\0';
+  *put(field.data(), text) = '\0';
   return true;
 }
 

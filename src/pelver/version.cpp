@@ -1,4 +1,5 @@
 // Reading an installation's version: from its version library, else from its version file.
+#include <algorithm>
 #include <array>
 
 #include "commfile.h"
@@ -34,13 +35,19 @@ void clear_numbers(PHMVER& record) noexcept {
   sit::replace_field(record.maintLevel, "");
 }
 
+bool begins_with_version_word(std::string_view text) noexcept {
+  constexpr std::string_view kWords[] = {"ver", "rel"};
+  return std::ranges::any_of(kWords, [text](std::string_view word) {
+    return text.size() >= word.size() &&
+           std::equal(word.begin(), word.end(), text.begin(),
+                      [](char lower, char c) { return lower == sit::to_lower(c); });
+  });
+}
+
 // Where the word ver or rel begins, in any case.
 std::size_t find_version_word(std::string_view text) noexcept {
-  for (std::size_t i = 0; i + 3 <= text.size(); ++i) {
-    const std::array<char, 3> letters{sit::to_lower(text[i]), sit::to_lower(text[i + 1]),
-                                      sit::to_lower(text[i + 2])};
-    const std::string_view word{letters.data(), letters.size()};
-    if (word == "ver" || word == "rel") return i;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    if (begins_with_version_word(sit::tail(text, i))) return i;
   }
   return std::string_view::npos;
 }
@@ -51,7 +58,7 @@ std::string_view find_version_number(std::string_view text, std::size_t from) no
   if (space == std::string_view::npos) return {};
   const std::size_t start = space + 1;
   const std::size_t end = text.find(' ', start + 1);
-  if (end == std::string_view::npos || end >= kVersionFileBytes - 1) return {};
+  if (end >= kVersionFileBytes - 1) return {};
   return sit::head(sit::tail(text, start), end - start);
 }
 

@@ -1,0 +1,87 @@
+// Measures the plug-in and, in the same run, what one would use instead of it.
+// Usage: bench_sit BENCH_HOST PLUGIN
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "sit/sit.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Work = std::function<void()>;
+
+double seconds_of(const Work& work) {
+  const auto start = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+// Alternates the two, so that whatever else the machine does hits both.
+void compare(const char* what, const Work& ours, const char* peer_name, const Work& peer,
+             double limit, int rounds) {
+  std::vector<double> our_times;
+  std::vector<double> peer_times;
+  ours();
+  peer();
+  for (int i = 0; i < rounds; ++i) {
+    our_times.push_back(seconds_of(ours));
+    peer_times.push_back(seconds_of(peer));
+  }
+  const double our_time = median(our_times);
+  const double peer_time = median(peer_times);
+  std::printf("%-28s %9.3f ms   %-28s %9.3f ms   ratio %5.2f (limit %.2f)\n", what, our_time * 1e3,
+              peer_name, peer_time * 1e3, our_time / peer_time, limit);
+}
+
+// The commands of GetSysInfo one after another: of each list, those up to the first success.
+std::string shell_script(const std::string& output) {
+  const std::pair<const char**, int> lists[] = {
+      {MACHLST, 5}, {ULIMITLST, 4}, {SWAPLST, 7}, {MNTLST, 4},  {DSKLST, 3}, {SYSTABLST, 2},
+      {KNLLST, 10}, {SEMLST, 2},    {SHMLST, 2},  {PROCLST, 5}, {NETLST, 4}, {PRDLST, 6}};
+  std::string script = "exec > " + output + " 2>&1\ncat /etc/*-release\n";
+  for (const auto& [list, limit] : lists) {
+    for (int i = 0; i < limit && list[i] != nullptr; ++i) {
+      if (i > 0) script += " || ";
+      script += "sh -c '" + std::string(list[i]) + "'";
+    }
+    script += "\n";
+  }
+  return script;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) return 2;
+  std::string folder = (fs::temp_directory_path() / "sit-bench-XXXXXX").string();
+  if (::mkdtemp(folder.data()) == nullptr) return 1;
+  const std::string report = folder + "/report.txt";
+  const std::string script = folder + "/script";
+  std::ofstream(script) << shell_script(folder + "/script.txt");
+
+  compare(
+      "GetSysInfo", [&] { GetSysInfo(report.c_str(), 0, 64, 1); }, "the same as a shell script",
+      [&] { static_cast<void>(std::system(("sh " + script).c_str())); }, 1.1, 21);
+  compare(
+      "execcmd of true", [&] { execcmd("true", (folder + "/out").c_str()); }, "system of true",
+      [&] { static_cast<void>(std::system(("true > " + folder + "/out 2>&1").c_str())); }, 1.3,
+      501);
+  std::printf("Peak memory of a C host during GetSysInfo (limit 8192 kB): ");
+  std::fflush(stdout);
+  const std::string host = std::string(argv[1]) + " " + argv[2] + " " + report;
+  const int status = std::system(host.c_str());
+  fs::remove_all(folder);
+  return status == 0 ? 0 : 1;
+}

@@ -1,0 +1,148 @@
+#include <sys/resource.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <csignal>
+#include <filesystem>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::read_file;
+using test::set_environment;
+using test::without_header;
+using test::write_file;
+
+class Report : public test::SitTest {};
+
+TEST_F(Report, CreateAndAppend) {
+  const std::string report = path("report.txt");
+  struct Opening {
+    int mode;
+    bool header;
+    const char* expected;
+  };
+  write_file(report, "old\n");
+  for (const auto& [mode, header, expected] :
+       {Opening{SIT_APPEND, false, "old\nx\n\n"}, Opening{SIT_CREATE, true, "x\n\n"},
+        Opening{SIT_CREATE | SIT_APPEND, true, "x\n\n"}}) {
+    ASSERT_EQ(LogOpen(report.c_str(), mode), 0);
+    EXPECT_EQ(LogMsg("x\n"), 0);
+    EXPECT_EQ(LogClose(2), 0);
+    const std::string text = read_file(report);
+    EXPECT_EQ(header ? without_header(text) : text, expected);
+  }
+  std::filesystem::remove(report);
+  ASSERT_EQ(LogOpen(report.c_str(), SIT_APPEND), 0);
+  EXPECT_EQ(LogClose(SIT_FINAL), 0);
+  EXPECT_EQ(without_header(read_file(report)), "\n==End of Log==\n");
+}
+
+TEST_F(Report, WritersSayExactlyThis) {
+  SetVerboseMode(1);
+  EXPECT_EQ(written_by([] {
+              LogTitle("OS Version");
+              LogTitle("");
+              LogMsg("%s %s\n", "100%d", "%%");
+              LogString("%s verbatim\n");
+              LogMsgV("two\nlines %d\n", 2);
+              SetVerboseMode(0);
+              LogMsgV("unseen\n");
+              print_stat_line();
+            }),
+            "VERBOSE: \n**Verbose Mode **\n"
+            "OS Version\n==========\n\n\n\n\n100%d %%\n%s verbatim\nVERBOSE: two\nlines 2\n" +
+                std::string(80, '=') + "\n\n");
+}
+
+TEST_F(Report, RefusedOpenings) {
+  const std::string folder = path(std::string(256 - path("").size() - 4, 'd'));
+  std::filesystem::create_directory(folder);
+  const std::string longest = folder + "/abc";
+  ASSERT_EQ(longest.size(), 256U);
+  EXPECT_EQ(LogOpen(longest.c_str(), SIT_CREATE), SIT_PATH_TOO_LONG);
+  EXPECT_FALSE(std::filesystem::exists(longest));
+  EXPECT_EQ(LogOpen(longest.substr(0, 255).c_str(), SIT_CREATE), 0);
+  EXPECT_EQ(LogClose(0), 0);
+
+  EXPECT_EQ(LogOpen(path("r").c_str(), 0), SIT_BAD_OPEN_MODE);
+  EXPECT_EQ(LogOpen(path("r").c_str(), 7), SIT_BAD_OPEN_MODE);
+  EXPECT_FALSE(std::filesystem::exists(path("r")));
+  EXPECT_EQ(LogOpen(path("missing/r").c_str(), SIT_CREATE), ENOENT);
+  EXPECT_EQ(LogOpen(path("").c_str(), SIT_CREATE), EISDIR);
+  EXPECT_EQ(LogOpen(nullptr, SIT_CREATE), SIT_NO_REPORT_PATH);
+}
+
+TEST_F(Report, DirectoryIsKnownWhileOpen) {
+  SIT_Initiate();
+  std::filesystem::current_path(path(""));
+  const std::string here = std::filesystem::current_path();
+  const std::pair<std::string, std::string> reports[] = {
+      {path("r.txt"), path("")}, {"r.txt", here}, {"./r.txt", "./"}};
+  for (const auto& [report, directory] : reports) {
+    ASSERT_EQ(LogOpen(report.c_str(), SIT_CREATE), 0);
+    EXPECT_EQ(pc->reportDir, directory);
+    LogClose(0);
+    EXPECT_STREQ(pc->reportDir, "");
+  }
+  for (const auto& [whole, directory] : {std::pair{"/r.txt", "/"}, {"out/", "out/"}, {"r", ""}}) {
+    char* part = get_dir(whole);
+    EXPECT_STREQ(part, directory);
+    std::free(part);
+  }
+  std::filesystem::current_path("/");
+}
+
+TEST_F(Report, WorkingDirectoryGone) {
+  SIT_Initiate();
+  std::filesystem::create_directory(path("gone"));
+  std::filesystem::current_path(path("gone"));
+  std::filesystem::remove(path("gone"));
+  EXPECT_EQ(LogOpen("r.txt", SIT_CREATE), ENOENT);
+  EXPECT_STREQ(pc->reportDir, "");
+  std::filesystem::current_path("/");
+}
+
+TEST_F(Report, OnFullDisk) {
+  ASSERT_EQ(LogOpen("/dev/full", SIT_CREATE), 0);
+  EXPECT_EQ(LogMsg("lost\n"), -1);
+  EXPECT_EQ(LogString("lost\n"), -1);
+  EXPECT_EQ(LogClose(SIT_FINAL), ENOSPC);
+}
+
+TEST_F(Report, KeepsWhatWasWrittenBeforeTheDiskFilled) {
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
+  const rlimit small{4096, RLIM_INFINITY};
+  ASSERT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
+  EXPECT_EQ(LogMsg("first\n"), 0);
+  EXPECT_EQ(LogString(std::string(9000, 'x').c_str()), -1);
+  EXPECT_EQ(LogMsg("no room\n"), -1);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
+  EXPECT_EQ(LogMsg("last\n"), 0);
+  EXPECT_EQ(LogClose(0), 0) << "only what happens from closing on counts";
+  const std::string text = without_header(read_file(path("r")));
+  EXPECT_TRUE(text.starts_with("first\nxxx")) << text;
+  EXPECT_TRUE(text.ends_with("xxxlast\n\n")) << text.substr(text.size() - 40);
+}
+
+TEST_F(Report, NothingOpen) {
+  SetVerboseMode(1);
+  EXPECT_EQ(LogMsg("x"), 0);
+  EXPECT_EQ(LogMsgV("x"), 0);
+  EXPECT_EQ(LogString("x"), 0);
+  LogTitle("x");
+  EXPECT_EQ(LogClose(1), 0);
+}
+
+TEST_F(Report, OpenedTwiceKeepsOneDescriptor) {
+  ASSERT_EQ(LogOpen(path("first").c_str(), SIT_CREATE), 0);
+  LogMsg("kept\n");
+  ASSERT_EQ(LogOpen(path("second").c_str(), SIT_CREATE), 0);
+  EXPECT_EQ(LogClose(0), 0);
+  EXPECT_EQ(without_header(read_file(path("first"))), "kept\n");
+}
+
+}  // namespace

@@ -1,0 +1,105 @@
+#include <array>
+#include <climits>
+#include <cstdarg>
+#include <string>
+
+#include "commutils/bounded_text.h"
+#include "support/sit_test.h"
+
+namespace {
+
+std::string format(const char* text, ...) {
+  std::array<char, 4096 + 8> buffer;
+  buffer.fill('#');
+  std::va_list arguments;
+  va_start(arguments, text);
+  msgsub(buffer.data(), text, arguments);
+  va_end(arguments);
+  EXPECT_EQ(std::string(buffer.data() + 4096, 8), "########");
+  return buffer.data();
+}
+
+TEST(Message, Conversions) {
+  EXPECT_EQ(format("%d %d %d", 70000, -5, 0), "70000 -5 0");
+  EXPECT_EQ(format("%i %l", INT_MIN, INT_MIN), "-2147483648 -2147483648");
+  EXPECT_EQ(format("%x %X %x %x", 255, 255, 0, -1), "0xff 0xff 0x0 0xffffffff");
+  EXPECT_EQ(format("%c%c", 65, 0x142), "AB");
+  EXPECT_EQ(format("a%rb"), "a\nb");
+  EXPECT_EQ(format("[%s] %s", static_cast<char*>(nullptr), "100%d"), "[] 100%d");
+  EXPECT_EQ(format("%ld", 7), "7d");
+}
+
+TEST(Message, UnknownPairsTakeNoArgument) {
+  EXPECT_EQ(format("%q %% %5d %u %s", "x"), "%q %% %5d %u x");
+  EXPECT_EQ(format("50%"), "50%");
+  EXPECT_EQ(format("%"), "%");
+  EXPECT_EQ(format("%%s", "x"), "%%s");
+}
+
+TEST(Message, AnnotationsAreNotPrinted) {
+  EXPECT_EQ(format("%s<path of the report> done", "x"), "x done");
+  EXPECT_EQ(format("%d<%s", 3, "never"), "3");
+  EXPECT_EQ(format("%r<a>%c<b><c>", 'Z'), "\nZ<c>");
+  EXPECT_EQ(format("%q<kept> <kept>"), "%q<kept> <kept>");
+}
+
+TEST(Message, NeverPassesItsCapacity) {
+  const std::string filler(5000, 'x');
+  EXPECT_EQ(format("%s%d", filler.c_str(), 1), std::string(4095, 'x'));
+  for (std::size_t length = 4080; length <= 4096; ++length) {
+    const std::string before(std::min<std::size_t>(length, 4095), 'x');
+    for (const char* last : {"%d", "%x", "%q", "%c", "%r", "%"}) {
+      const std::string whole = format((before + last).c_str(), 1234567);
+      EXPECT_LE(whole.size(), 4095U);
+      EXPECT_EQ(whole.substr(0, before.size()), before);
+    }
+  }
+  EXPECT_EQ(format((std::string(4092, 'x') + "%d").c_str(), 12345), std::string(4092, 'x') + "123");
+}
+
+TEST(Numbers, OfEverySize) {
+  std::array<char, 16> text{};
+  EXPECT_EQ(intoal(-42, text.data()), 3);
+  EXPECT_STREQ(text.data(), "-42");
+  const std::pair<int, const char*> sixteen_bit[] = {
+      {40000, "-25536"}, {65536, "0"}, {-32768, "-32768"}, {32767, "32767"}};
+  for (const auto& [value, expected] : sixteen_bit) {
+    EXPECT_EQ(intoan(value, text.data()), stlen(expected));
+    EXPECT_STREQ(text.data(), expected);
+  }
+  EXPECT_EQ(intohl2(0xDEADBEEF, text.data()), 10);
+  EXPECT_STREQ(text.data(), "0xdeadbeef");
+}
+
+TEST(Strings, CopyAndReverse) {
+  std::array<char, 16> text{};
+  char* end = stcopy(stcopy(text.data(), "abc"), "de");
+  EXPECT_STREQ(text.data(), "abcde");
+  EXPECT_EQ(end, text.data() + 5);
+  reversen(text.data(), 1);
+  reversen(text.data(), 4);
+  EXPECT_STREQ(text.data(), "dcbae");
+  reverse(text.data());
+  EXPECT_STREQ(text.data(), "eabcd");
+  EXPECT_EQ(stlen(""), 0);
+}
+
+TEST(BoundedText, TakesPiecesWholeOrNotAtAll) {
+  struct {
+    std::array<char, 4> before{'#', '#', '#', '#'};
+    sit::BoundedText<16> text;
+    std::array<char, 4> after{'#', '#', '#', '#'};
+  } guarded;
+  for (std::size_t length = 0; length <= 20; ++length) {
+    guarded.text = {};
+    ASSERT_TRUE(guarded.text.append("ab"));
+    const bool fits = guarded.text.append({std::string(length, 'x'), "/", "y"});
+    EXPECT_EQ(fits, length + 4 <= 15) << length;
+    EXPECT_EQ(guarded.text.view(), fits ? "ab" + std::string(length, 'x') + "/y" : "ab");
+    EXPECT_EQ(std::string(guarded.text.c_str()), guarded.text.view());
+    EXPECT_EQ(std::string(guarded.after.data(), 4), "####");
+    EXPECT_EQ(std::string(guarded.before.data(), 4), "####");
+  }
+}
+
+}  // namespace

@@ -1,0 +1,125 @@
+// The host program, and hosts of other kinds.
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <regex>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::Ran;
+using test::read_file;
+using test::run;
+
+class Host : public test::SitTest {
+ protected:
+  static Ran sit(const std::string& arguments) { return run(std::string(HOST) + " " + arguments); }
+};
+
+TEST_F(Host, CollectsThisMachine) {
+  const Ran ran = sit("collect --output " + path("out") + " --plugin " PLUGIN);
+  EXPECT_EQ(ran.status, 0) << ran.output;
+  static const std::regex expected(
+      "No Pelloran installation found; collecting product-independent information\\.\n"
+      "step 1 of 3, GetVersInfo: success\n"
+      "step 2 of 3, GetSysInfo: success\n"
+      "step 3 of 3, GetEnvironInfo: success\n\n"
+      "Step +Result +Seconds +Bytes +File +Meaning\n"
+      "GetVersInfo +0 +[\\d.]+ +\\d+ +versions\\.txt +success\n"
+      "GetSysInfo +0 +[\\d.]+ +\\d+ +system\\.txt +success\n"
+      "GetEnvironInfo +0 +[\\d.]+ +\\d+ +environment\\.txt +success\n\n"
+      "Reports are in (.*/sit-.+-\\d{8}-\\d{6})\n");
+  std::smatch match;
+  ASSERT_TRUE(std::regex_match(ran.output, match, expected)) << ran.output;
+  const std::filesystem::path folder = match[1].str();
+  struct stat status {};
+  ASSERT_EQ(::stat(folder.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0700U);
+  for (const char* name : {"versions.txt", "system.txt", "environment.txt"}) {
+    const std::string report = read_file(folder / name);
+    test::without_header(report);
+    EXPECT_TRUE(report.ends_with("\n==End of Log==\n")) << name;
+    ASSERT_EQ(::stat((folder / name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U) << name;
+  }
+}
+
+TEST_F(Host, ShowsALiveLineOnATerminal) {
+  test::write_file(path("bin/uname"), "#!/bin/sh\nsleep 1\n");
+  std::filesystem::permissions(path("bin/uname"), std::filesystem::perms::owner_all);
+  const Ran ran = run("PATH=" + path("bin") + ":$PATH script -qec '" HOST " collect --output " +
+                      path("out") + "' /dev/null");
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_NE(ran.output.find("step 2 of 3, GetSysInfo: Machine Information (0 s)"),
+            std::string::npos)
+      << ran.output;
+  EXPECT_EQ(ran.output.find("step 1 of 3, GetVersInfo: success"), std::string::npos);
+}
+
+TEST_F(Host, CallsByName) {
+  const std::pair<std::string, Ran> calls[] = {
+      {"--version", {0, "sit 11.6\n"}},
+      {"call GetAPIVersion", {0, "11.6\n"}},
+      {"call FoundPelInst", {0, "FoundPelInst returned 1: PHM is not set\n"}},
+      {"call SIT_Initiate", {0, "SIT_Initiate returned 0: success\n"}},
+      {"call GetSysInfo '' -1 64 1", {1, "GetSysInfo returned 10000: no report path given\n"}},
+      {"call GetSysInfo " + path("r") + " -1 64 1", {0, "GetSysInfo returned 0: success\n"}},
+      {"call GetEnvironInfo /nosuch/r 64 1",
+       {1, "GetEnvironInfo returned 2: No such file or directory\n"}},
+      {"call --independent GetVersInfo " + path("r") + " 64 1 0",
+       {0, "GetVersInfo returned 0: success\n"}},
+      {"call GetSysInfo r 65536 64 1",
+       {2, "sit: argument \"section\" must be a 16-bit integer, not \"65536\"\n"}},
+      {"call GetSysInfo r 0 64 yes",
+       {2, "sit: argument \"final\" must be a 32-bit integer, not \"yes\"\n"}},
+      {"call GetPelVers r",
+       {2,
+        "sit: wrong number of arguments; usage: sit call GetPelVers <report path: text> <mode: "
+        "32-bit integer> <final: 32-bit integer>\n"}},
+      {"call nosuch", {2, "sit: no call named nosuch; \"sit list\" shows them all\n"}}};
+  for (const auto& [arguments, expected] : calls) {
+    const Ran ran = sit(arguments);
+    EXPECT_EQ(ran.status, expected.status) << arguments;
+    EXPECT_EQ(ran.output, expected.output) << arguments;
+  }
+}
+
+TEST_F(Host, SaysWhatIsWrongInOneLine) {
+  test::write_file(path("not-a-library"), "text");
+  const std::pair<std::string, int> calls[] = {
+      {"collect --output /proc/nosuch", 1},
+      {"collect --output " + path("out") + " --plugin " + path("missing"), 1},
+      {"collect --output " + path("out") + " --plugin " + path("not-a-library"), 1},
+      {"collect --output " + path("out") + " --plugin " VERSION_LIBRARY_WHOLE, 1},
+      {"", 2}};
+  for (const auto& [arguments, status] : calls) {
+    const Ran ran = sit(arguments);
+    EXPECT_EQ(ran.status, status) << arguments;
+    EXPECT_TRUE(std::regex_match(ran.output, std::regex("sit: [^\n]+\n"))) << ran.output;
+  }
+  EXPECT_EQ(sit("collect --nosuch").status, 2);
+  EXPECT_EQ(sit("--help").status, 0);
+  EXPECT_FALSE(std::filesystem::exists(path("out"))) << "nothing half done";
+}
+
+TEST_F(Host, ListNamesEveryCall) {
+  const Ran ran = sit("list");
+  EXPECT_EQ(ran.status, 0);
+  EXPECT_NE(ran.output.find("GetSysInfo <report path: text> <section: 16-bit integer> <mode: "
+                            "32-bit integer> <final: 32-bit integer>\n    writes \"System "
+                            "Information\""),
+            std::string::npos);
+}
+
+TEST_F(Host, OwnNamesAreLeftAlone) {
+  for (const char* scope : {"local", "global"}) {
+    // Unloading gives up the session, which a leak checker would remark on.
+    const Ran ran = run("ASAN_OPTIONS=detect_leaks=0 " + std::string(CLASHING_HOST) +
+                        " " PLUGIN " " + path("r") + " " + scope);
+    EXPECT_EQ(ran.output, "works 1, host untouched 1, unloads 1\n");
+    EXPECT_EQ(read_file(path("r")).find("the list of the host"), std::string::npos);
+  }
+}
+
+}  // namespace

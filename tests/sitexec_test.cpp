@@ -1,0 +1,207 @@
+#include <cstddef>
+#include <filesystem>
+#include <fstream>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::read_file;
+using test::set_environment;
+using test::without_header;
+using test::write_file;
+
+extern "C" int layouts_agree_in_c(const PlatformOps* table);
+
+class Session : public test::SitTest {};
+
+TEST_F(Session, RecordLayouts) {
+  EXPECT_EQ(offsetof(SitSession, errorText), 768U);
+  EXPECT_EQ(offsetof(SitSession, osVersion), 776U);
+  EXPECT_EQ(offsetof(SitSession, versionsText), 1032U);
+  EXPECT_EQ(offsetof(SitSession, osFlags), 1040U);
+  EXPECT_EQ(offsetof(PHMVER, maintLevel), 24U);
+  EXPECT_EQ(offsetof(PHMVER, bitness), 40U);
+  EXPECT_EQ(offsetof(PHMVER, fullVersion), 48U);
+  EXPECT_EQ(offsetof(PHMVER, pluginsFile), 64U);
+  EXPECT_EQ(offsetof(PHMVER, next), 104U);
+  EXPECT_EQ(layouts_agree_in_c(&sitfunctbl), 1);
+}
+
+TEST_F(Session, InitiatedByTheFirstCommand) {
+  EXPECT_EQ(GetEnvironInfo("", 64, 1), SIT_NO_REPORT_PATH);
+  EXPECT_EQ(GetSysInfo(nullptr, 0, 64, 1), SIT_NO_REPORT_PATH);
+  EXPECT_EQ(pc, nullptr);
+  EXPECT_EQ(IsInitiated, 0);
+  PutRecentError("too early");
+  char empty[1] = "";
+  EXPECT_EQ(RetrieveErrors(empty), 0);
+
+  EXPECT_EQ(GetEnvironInfo(path("r").c_str(), 64, 1), 0);
+  ASSERT_NE(pc, nullptr);
+  EXPECT_EQ(IsInitiated, 1);
+  EXPECT_EQ(p_sitfunctbl, &sitfunctbl);
+  EXPECT_EQ(pc->userName, std::string(getusername()));
+  EXPECT_EQ(pc->versionsText, nullptr);
+  EXPECT_EQ(pc->osFlags, 0U);
+  const SitSession* first = pc;
+  EXPECT_EQ(GetEnvironInfo(path("r").c_str(), 64, 1), 0);
+  EXPECT_EQ(pc, first);
+}
+
+TEST_F(Session, SmallAnswers) {
+  std::string buffer(8, '#');
+  GetAPIVersion(buffer.data());
+  EXPECT_EQ(buffer, std::string("11.6\0###", 8));
+  std::string version(256, '#');
+  EXPECT_EQ(GetOSVersion(version.data()), version.data());
+  std::string uname = test::run("uname -s -n -r -v -m").output;
+  uname.insert(uname.size() - 1, "  ");
+  EXPECT_EQ(std::string(version.c_str()), uname);
+  EXPECT_EQ(GetOSVersion(nullptr), nullptr);
+}
+
+TEST_F(Session, ErrorsAreRecordedAndTaken) {
+  SIT_Initiate();
+  PutRecentError("disk full");
+  PutRecentError("no PHM");
+  EXPECT_STREQ(pc->errorText, "disk full\nno PHM\n");
+  EXPECT_EQ(RetrieveErrors(nullptr), 17);
+  std::string small(10, 'x');
+  EXPECT_EQ(RetrieveErrors(small.data()), 17);
+  EXPECT_EQ(small, std::string(10, 'x'));
+  std::string room(20, 'x');
+  EXPECT_EQ(RetrieveErrors(room.data()), 0);
+  EXPECT_STREQ(room.c_str(), "disk full\nno PHM\n");
+  EXPECT_EQ(RetrieveErrors(room.data()), 0);
+  EXPECT_STREQ(room.c_str(), "");
+  PutRecentError(std::string(5000, 'e').c_str());
+  EXPECT_EQ(RetrieveErrors(nullptr), 5001);
+}
+
+TEST_F(Session, InstallationProbe) {
+  EXPECT_EQ(FoundPelInst(), 1);
+  set_environment("PHM", path("").c_str());
+  EXPECT_EQ(FoundPelInst(), 2);
+  write_file(path("version"), "");
+  EXPECT_EQ(FoundPelInst(), 0);
+}
+
+TEST_F(Session, DiscoversAgainOnRequest) {
+  set_environment("PHM", "/nosuch");
+  char* first = Initialize_pphm();
+  EXPECT_EQ(pc->versionsText, first);
+  char* second = Initialize_pphm();
+  EXPECT_NE(second, first);
+  EXPECT_EQ(pc->versionsText, second);
+  EXPECT_STREQ(first, second);
+}
+
+class Environment : public test::SitTest {};
+
+TEST_F(Environment, OpenModesAndEndMarks) {
+  const std::string title = "\nList of environment variables\n" + std::string(29, '=') + "\n\n";
+  set_environment("SIT_TEST", std::string(20000, 'v').c_str());
+  const std::string report = path("r");
+  EXPECT_EQ(GetEnvironInfo(report.c_str(), 64, 1), 0);
+  const std::string text = without_header(read_file(report));
+  EXPECT_TRUE(text.starts_with(title)) << text;
+  EXPECT_TRUE(text.ends_with("\n\n==End of Log==\n"));
+  EXPECT_NE(text.find("SIT_TEST='" + std::string(20000, 'v') + "'\n"), std::string::npos);
+  for (const int mode : {0, 1024, 7, 64 + 1024}) {
+    write_file(report, "old\n");
+    EXPECT_EQ(GetEnvironInfo(report.c_str(), mode, 2), 0);
+    const std::string appended = read_file(report);
+    EXPECT_TRUE(appended.starts_with("old\n" + title)) << appended.substr(0, 200);
+    EXPECT_FALSE(appended.ends_with("==End of Log==\n"));
+  }
+  EXPECT_EQ(GetEnvironInfo(path("missing/r").c_str(), 64, 1), ENOENT);
+  EXPECT_EQ(GetEnvironInfo("/dev/full", 0, 1), ENOSPC);
+}
+
+int slot_calls = 0;
+int count_call(...) { return ++slot_calls; }
+
+TEST_F(Environment, FurtherSlots) {
+  SIT_Initiate();
+  sitfunctbl.ListFurtherEnvironment = count_call;
+  sitfunctbl.ListFurtherVersions = count_call;
+  GetEnvironInfo(path("r").c_str(), 64, 1);
+  EXPECT_EQ(slot_calls, 1);
+  SetPelloranIndependent(1);
+  GetEnvironInfo(path("r").c_str(), 64, 1);
+  GetVersInfo(path("r").c_str(), 64, 1, 0);
+  EXPECT_EQ(slot_calls, 1);
+  GetVersInfo(path("r").c_str(), 64, 1, 1);
+  EXPECT_EQ(slot_calls, 2);
+}
+
+class Versions : public test::SitTest {
+ protected:
+  [[nodiscard]] std::string os_section() const {
+    return "\nOS Version\n==========\n\n" + std::string(pc->osVersion) + "\n";
+  }
+  static std::string pelloran_section(const std::string& messages) {
+    return "\n\nPelloran Versions\n=================\n\n\n" + messages;
+  }
+};
+
+constexpr const char* kJava = "\n\nJava Versions\n=============\n\n";
+constexpr const char* kNothing = "\nNo Pelloran installation found.\n";
+
+TEST_F(Versions, NoInstallation) {
+  if (std::filesystem::exists("/usr/bin/pel")) GTEST_SKIP() << "this machine has a launcher";
+  const std::string messages =
+      "No PHM env var set\nPlease set the PHM environment variable and execute again\n";
+  const std::string report = path("r");
+  EXPECT_EQ(GetVersInfo(report.c_str(), 64, 1, 1), SIT_NO_INSTALLATION);
+  EXPECT_EQ(without_header(read_file(report)),
+            os_section() + pelloran_section(messages) + kJava + kNothing + "\n==End of Log==\n");
+  EXPECT_EQ(GetJavaVers(report.c_str(), 64, 0), SIT_NO_INSTALLATION);
+  EXPECT_EQ(without_header(read_file(report)), std::string(kJava) + kNothing + "\n");
+  EXPECT_STREQ(pc->reportDir, "");
+  EXPECT_EQ(GetPelVers(report.c_str(), 64, 1), 0);
+  EXPECT_EQ(without_header(read_file(report)), pelloran_section(messages) + "\n==End of Log==\n");
+  EXPECT_EQ(GetPelVers("", 64, 1), SIT_NO_REPORT_PATH);
+  EXPECT_EQ(GetJavaVers(nullptr, 64, 1), SIT_NO_REPORT_PATH);
+}
+
+TEST_F(Versions, ProductIndependent) {
+  SetPelloranIndependent(1);
+  set_environment("JAVA_HOME", "/nosuch");
+  EXPECT_EQ(GetVersInfo(path("r").c_str(), 64, 0, 1), 0);
+  EXPECT_EQ(without_header(read_file(path("r"))),
+            os_section() + kJava +
+                "JAVA_HOME indicates Java is installed in /nosuch\n"
+                "Java executable /nosuch/bin/java does not exist\n\n\n");
+  EXPECT_EQ(pc->versionsText, nullptr);
+}
+
+TEST_F(Versions, OneInstallation) {
+  write_file(path("version"), "Pelloran Version 8.3B02 as of");
+  set_environment("PHM", path("").c_str());
+  EXPECT_EQ(GetVersInfo(path("r").c_str(), 64, 1, 0), 0);
+  EXPECT_EQ(without_header(read_file(path("r"))),
+            os_section() +
+                pelloran_section("Using PHM: " + path("") +
+                                 "\nPelloran Version: 8.3B02\nExtracted from " + path("") +
+                                 "/version\n\n") +
+                kJava + "\n==End of Log==\n");
+}
+
+TEST_F(Versions, JoinAnOpenReportAndLeaveItOpen) {
+  SIT_Initiate();
+  set_environment("PHM", "/nosuch");
+  set_environment("JREHOME", "/nosuch");
+  EXPECT_EQ(written_by([] {
+              EXPECT_EQ(GetJavaVers(nullptr, 0, 1), SIT_NO_INSTALLATION);
+              EXPECT_EQ(GetPelVers(nullptr, 0, 1), 0);
+              LogMsg("still open\n");
+            }),
+            std::string(kJava) + kNothing +
+                pelloran_section("Using PHM: /nosuch\nUnable to open version file "
+                                 "/nosuch/version\n\n") +
+                "still open\n");
+}
+
+}  // namespace

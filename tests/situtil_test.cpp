@@ -1,0 +1,293 @@
+#include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <filesystem>
+#include <regex>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::read_file;
+using test::repeat;
+using test::set_environment;
+using test::write_file;
+
+class Command : public test::SitTest {
+ protected:
+  int execute(const std::string& command) {
+    std::filesystem::remove(path("out"));
+    const auto start = std::chrono::steady_clock::now();
+    const int result = execcmd(command.c_str(), path("out").c_str());
+    seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return result;
+  }
+  [[nodiscard]] std::string output() const { return read_file(path("out")); }
+
+  double seconds_ = 0;
+};
+
+TEST_F(Command, ResultForEachEnd) {
+  const std::pair<const char*, int> ends[] = {{"true", 0},
+                                              {"exit 1", -1},
+                                              {"exit 2", 512},
+                                              {"exit 254", 65024},
+                                              {"exit 255", 65280},
+                                              {"kill -9 $$", 9},
+                                              {"kill -TERM $$", 15},
+                                              {"ulimit -c 0; kill -SEGV $$", 11},
+                                              {"/nosuch/tool", 127 * 256}};
+  for (const auto& [command, result] : ends) {
+    EXPECT_EQ(execute(command), result) << command;
+    EXPECT_LT(seconds_, 0.9) << command << " costs more than it takes";
+  }
+  EXPECT_EQ(execcmd("true", path("missing/out").c_str()), 65280);
+  EXPECT_EQ(execcmd(nullptr, path("out").c_str()), SIT_FAILED);
+}
+
+TEST_F(Command, SeesNothingOfTheHost) {
+  std::signal(SIGPIPE, SIG_IGN);
+  sigset_t all;
+  sigfillset(&all);
+  ASSERT_EQ(::sigprocmask(SIG_BLOCK, &all, nullptr), 0);
+  const int leaky = ::open("/dev/null", O_RDONLY);
+  const int high = ::fcntl(leaky, F_DUPFD, 200);
+  ASSERT_EQ(LogOpen(path("report").c_str(), SIT_CREATE), 0);
+  EXPECT_EQ(execute("exec ls -l /proc/self/fd"), 0);
+  const std::string descriptors = output();
+  EXPECT_EQ(execute("cat; exec grep -E 'SigBlk|SigIgn' /proc/self/status"), 0);
+  LogClose(0);
+  ::close(leaky);
+  ::close(high);
+  static const std::regex line("([0-9]+) -> (.*)\n");
+  std::string seen;
+  for (std::sregex_iterator it(descriptors.begin(), descriptors.end(), line), end; it != end;
+       ++it) {
+    seen += it->str(1) + (it->str(1) == "3" ? "" : " " + it->str(2)) + "\n";
+  }
+  EXPECT_EQ(seen, "0 /dev/null\n1 " + path("out") + "\n2 " + path("out") + "\n3\n")
+      << "3 is the folder that ls itself reads";
+  EXPECT_EQ(output(), "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
+}
+
+TEST_F(Command, HostWithoutStandardDescriptors) {
+  const pid_t host = ::fork();
+  if (host == 0) {
+    for (int fd = 0; fd < 3; ++fd) ::close(fd);
+    ::_exit(execcmd("echo out; echo err >&2", path("out").c_str()) == 0 ? 0 : 1);
+  }
+  int status = -1;
+  ::waitpid(host, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(output(), "out\nerr\n");
+}
+
+TEST_F(Command, VerboseLines) {
+  SetVerboseMode(1);
+  const std::string running = "VERBOSE: pid P, ret 0, status 0\n";
+  const std::string text = test::without_pids(written_by([this] {
+    execute("sleep 0.2; exit 3");
+    execcmd("true", path("missing/out").c_str());
+  }));
+  const auto line = [&](const std::string& status) {
+    return "VERBOSE: pid P, ret P, status " + status +
+           "\nVERBOSE: execcmd: process completed, status is " + status + " (FAIL_STATUS is 256\n";
+  };
+  const std::string refused =
+      "VERBOSE: execcmd: Cannot open output file " + path("missing/out") + " for fork\n";
+  const std::string start = "VERBOSE: \n**Verbose Mode **\n" + running + line("768");
+  // The parent's first look may come before or after the child's message.
+  EXPECT_TRUE(text == start + running + refused + line("65280") ||
+              text == start + refused + running + line("65280"))
+      << text;
+}
+
+TEST_F(Command, HostThatIgnoresItsChildren) {
+  std::signal(SIGCHLD, SIG_IGN);
+  EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
+  EXPECT_LT(seconds_, 0.9);
+  struct sigaction action {};
+  ::sigaction(SIGCHLD, nullptr, &action);
+  EXPECT_EQ(action.sa_handler, SIG_IGN);
+}
+
+TEST_F(Command, HostThatReapsEveryChild) {
+  std::signal(SIGCHLD, [](int) {
+    while (::waitpid(-1, nullptr, WNOHANG) > 0) {
+    }
+  });
+  EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
+  EXPECT_LT(seconds_, 0.9);
+}
+
+// Calls the host's timer a hundred times a second.
+void interrupt_often() {
+  std::signal(SIGALRM, [](int) {});
+  const itimerval often{{0, 10000}, {0, 10000}};
+  ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
+}
+
+TEST_F(Command, HungCommandIsAbandonedAfterSixtySeconds) {
+  interrupt_often();
+  SetVerboseMode(1);
+  const std::string text =
+      written_by([this] { EXPECT_EQ(execute("echo begun; exec sleep 300"), -1); });
+  EXPECT_GE(seconds_, 60.0);
+  EXPECT_LT(seconds_, 61.0);
+  EXPECT_EQ(test::without_pids(text),
+            "VERBOSE: \n**Verbose Mode **\n" + repeat("VERBOSE: pid P, ret 0, status 0\n", 60) +
+                "VERBOSE: execcmd: timeout of 60 seconds exceeded, suspect process P is hung\n");
+  EXPECT_EQ(output(), "begun\n");
+  const pid_t child = std::stoi(text.substr(text.find("pid ") + 4));
+  EXPECT_EQ(::waitpid(child, nullptr, WNOHANG), 0) << "the command must go on";
+  ::kill(child, SIGKILL);
+  EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+TEST_F(Command, KernelWithoutPidfd) {
+  sock_filter refuse_pidfd[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                                BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 0, 1),
+                                BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+                                BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 0, 1),
+                                BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
+                                BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+  const sock_fprog program{std::size(refuse_pidfd), refuse_pidfd};
+  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+  interrupt_often();
+  const int leaky = ::open("/dev/null", O_RDONLY);
+  EXPECT_EQ(execute("sleep 1.2; test -e /proc/$$/fd/" + std::to_string(leaky) + " || exit 7"),
+            7 * 256);
+  ::close(leaky);
+  EXPECT_GE(seconds_, 2.0);
+  EXPECT_LT(seconds_, 2.5);
+}
+
+TEST_F(Command, HundredsOfChildren) {
+  for (int i = 0; i < 300; ++i)
+    ASSERT_EQ(execute("exit " + std::to_string(i % 7 + 2)), (i % 7 + 2) * 256);
+}
+
+class Capture : public test::SitTest {};
+
+TEST_F(Capture, OutputStandsInTheReportWhateverTheStatus) {
+  EXPECT_EQ(written_by([] {
+              LogCmdOutput("echo out; echo err >&2; exit 1", nullptr);
+              LogCmdOutput("true", nullptr);
+              LogCmdOutput("printf 'a\\0%%d\\377'", nullptr);
+            }),
+            std::string("out\nerr\na\0%d\377", 13));
+  EXPECT_EQ(written_by([this] { LogCmdOutput("echo kept", path("kept").c_str()); }), "");
+  EXPECT_EQ(read_file(path("kept")), "kept\n");
+}
+
+TEST_F(Capture, WithoutTemporaryFolder) {
+  SIT_Initiate();
+  set_environment("TMPDIR", "/proc");
+  EXPECT_EQ(written_by([] { LogCmdOutput("echo beside the report", nullptr); }),
+            "beside the report\n");
+  ASSERT_EQ(LogOpen("/dev/full", SIT_APPEND), 0);
+  ::strcpy(pc->reportDir, "/proc/");
+  EXPECT_EQ(GetTempFile(), nullptr);
+  LogClose(0);
+  EXPECT_EQ(GetTempFile(), nullptr) << "no report is open";
+}
+
+TEST_F(Capture, TemporaryNames) {
+  for (const std::string& folder : {temporary(), std::string("/nosuch"), std::string()}) {
+    set_environment("TMPDIR", folder.c_str());
+    char* name = GetTempFile();
+    ASSERT_NE(name, nullptr);
+    const std::string expected = folder == temporary() ? temporary() + "/sit" : "/tmp/sit";
+    EXPECT_TRUE(std::string(name).starts_with(expected)) << name;
+    EXPECT_FALSE(std::filesystem::exists(name));
+    std::free(name);
+  }
+}
+
+TEST_F(Capture, TextFilesOfEveryLineLength) {
+  std::string content;
+  for (const std::size_t length :
+       {0UL, 1UL, 253UL, 254UL, 255UL, 256UL, 508UL, 600UL, 5000UL, 8191UL, 8192UL, 8193UL}) {
+    content += std::string(length, 'x') + "\n";
+  }
+  for (const std::string& end : {std::string(), std::string(254, 'y'), std::string(9000, 'z')}) {
+    write_file(path("text"), content + end);
+    EXPECT_EQ(written_by([this] { EXPECT_EQ(ReadTextFile(path("text").c_str()), 0); }),
+              content + end);
+  }
+}
+
+TEST_F(Capture, FilesThatCannotBeRead) {
+  ::mkfifo(path("fifo").c_str(), 0600);
+  EXPECT_EQ(written_by([this] {
+              EXPECT_EQ(ReadTextFile(path("missing").c_str()), ENOENT);
+              EXPECT_EQ(ReadTextFile(path("").c_str()), 0);
+              EXPECT_EQ(ReadTextFile(path("fifo").c_str()), 0);
+              EXPECT_EQ(ReadTextFile(nullptr), ENOENT);
+            }),
+            "");
+  EXPECT_EQ(FileExists(path("missing").c_str()), 0U);
+  EXPECT_EQ(FileExists(path("").c_str()) & 0x4000U, 0x4000U);
+}
+
+class Copy : public test::SitTest {
+ protected:
+  int copy(int trim, int append = 0) {
+    return CopyEndOfFile(path("from").c_str(), path("to").c_str(), trim, append);
+  }
+};
+
+constexpr std::size_t kMegabyte = 1048576;
+constexpr const char* kBanner = "PELINVENTORY:  File trimmed to 1 MB...\n\n";
+
+TEST_F(Copy, TrimmedOrWhole) {
+  const std::string exact = repeat("0123456\n", kMegabyte / 8);
+  write_file(path("from"), exact);
+  EXPECT_EQ(copy(1), 0);
+  EXPECT_EQ(read_file(path("to")), exact);
+  write_file(path("from"), "x" + exact);
+  EXPECT_EQ(copy(1), 0);
+  EXPECT_EQ(read_file(path("to")), kBanner + exact.substr(8));
+  EXPECT_EQ(copy(0), 0);
+  EXPECT_EQ(read_file(path("to")), "x" + exact);
+  write_file(path("from"), std::string(kMegabyte + 1, 'x'));
+  EXPECT_EQ(copy(1), 0);
+  EXPECT_EQ(read_file(path("to")), kBanner) << "no line begins in the last megabyte";
+  for (const std::size_t size : {0U, 1U, 1019U, 1020U, 1021U, 2040U}) {
+    write_file(path("from"), std::string(size, 'x'));
+    write_file(path("to"), "before\n");
+    EXPECT_EQ(copy(1, 1), 0);
+    EXPECT_EQ(read_file(path("to")), "before\n" + std::string(size, 'x'));
+  }
+}
+
+TEST_F(Copy, Failures) {
+  EXPECT_EQ(CopyEndOfFile(nullptr, "x", 0, 0), -1);
+  EXPECT_EQ(CopyEndOfFile("x", nullptr, 0, 0), -1);
+  EXPECT_EQ(copy(1), ENOENT);
+  EXPECT_FALSE(std::filesystem::exists(path("to")));
+  write_file(path("from"), "text\n");
+  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), "/dev/full", 0, 1), ENOSPC);
+  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("missing/to").c_str(), 0, 0), ENOENT);
+  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("from").c_str(), 0, 1), EINVAL);
+  EXPECT_EQ(read_file(path("from")), "text\n");
+  EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 0), EISDIR);
+  EXPECT_FALSE(std::filesystem::exists(path("to"))) << "half a copy must not stay";
+  write_file(path("to"), "before\n");
+  EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 1), EISDIR);
+  EXPECT_EQ(read_file(path("to")), "before\n") << "appending must not lose what was there";
+}
+
+}  // namespace

@@ -1,0 +1,70 @@
+// What every test stands on: a scratch folder, and the promise that a call leaves nothing behind.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <initializer_list>
+#include <string>
+#include <vector>
+
+#include "sit/sit.h"
+
+namespace test {
+
+std::string read_file(const std::filesystem::path& path);
+void write_file(const std::filesystem::path& path, const std::string& content);
+
+// The whole text `count` times over.
+std::string repeat(const std::string& text, std::size_t count);
+
+// Fails the test when the text does not begin with a report header; returns what follows it.
+std::string without_header(const std::string& report);
+
+// The lines of a verbose report without their process ids.
+std::string without_pids(const std::string& report);
+
+std::vector<int> open_descriptors();
+
+// A folder of its own for each test, also the temporary folder of the plug-in. At its end no
+// temporary file, no descriptor and no unexpected child may be left.
+class SitTest : public testing::Test {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  [[nodiscard]] std::string path(const std::string& name) const { return scratch_ / name; }
+  [[nodiscard]] std::string temporary() const { return scratch_ / "tmp"; }
+
+  // Opens path("report.txt"), lets `write` write into it and returns what it wrote.
+  template <typename Write>
+  std::string written_by(Write write) {
+    EXPECT_EQ(LogOpen(path("report.txt").c_str(), SIT_CREATE), 0);
+    write();
+    EXPECT_EQ(LogClose(0), 0);
+    std::string text = without_header(read_file(path("report.txt")));
+    if (!text.empty()) text.pop_back();  // the newline that closing adds
+    return text;
+  }
+
+ private:
+  std::filesystem::path scratch_;
+  std::vector<int> descriptors_;
+};
+
+// Sets an environment variable, or removes it when there is no value.
+void set_environment(const char* name, const char* value);
+
+// Runs a program and returns what it printed, with its exit status.
+struct Ran {
+  int status;
+  std::string output;
+};
+Ran run(const std::string& shell_command);
+
+// Gives this process a /usr/bin of its own, in which a file may be put that the machine does not
+// get to see. False when the machine does not allow that.
+bool with_private_usr_bin(const std::string& name, const std::string& content,
+                          const std::filesystem::path& scratch);
+
+}  // namespace test
