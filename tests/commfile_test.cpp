@@ -10,7 +10,6 @@
 namespace {
 
 using test::read_file;
-using test::set_environment;
 using test::without_header;
 using test::write_file;
 

@@ -123,7 +123,8 @@ TEST_F(Java, OfTheMachine) {
                                  "and is not used: " +
                                  std::string(200, 'j') + "...\n\n");
   set_environment("JAVA_HOME", nullptr);
-  const std::string old_path = std::getenv("PATH");
+  const char* inherited = std::getenv("PATH");
+  const std::string old_path = inherited == nullptr ? "/usr/bin" : inherited;
   set_environment("PATH", (path("jdk/bin") + ":" + old_path).c_str());
   EXPECT_EQ(java_versions(), "JAVA_HOME not found.\nAttempting java -version...\n" +
                                  path("jdk/bin/java") + " -version PHM=\n\n");

@@ -57,7 +57,7 @@ TEST_F(Session, SmallAnswers) {
   EXPECT_EQ(GetOSVersion(version.data()), version.data());
   std::string uname = test::run("uname -s -n -r -v -m").output;
   uname.insert(uname.size() - 1, "  ");
-  EXPECT_EQ(std::string(version.c_str()), uname);
+  EXPECT_STREQ(version.c_str(), uname.c_str());
   EXPECT_EQ(GetOSVersion(nullptr), nullptr);
 }
 
@@ -138,7 +138,7 @@ TEST_F(Environment, FurtherSlots) {
 
 class Versions : public test::SitTest {
  protected:
-  [[nodiscard]] std::string os_section() const {
+  static std::string os_section() {
     return "\nOS Version\n==========\n\n" + std::string(pc->osVersion) + "\n";
   }
   static std::string pelloran_section(const std::string& messages) {

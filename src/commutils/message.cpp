@@ -34,33 +34,33 @@ class Message {
 
 constexpr std::string_view kConversions = "sdilxXcr";
 
-struct Arguments {
-  va_list list;
-};
-
-void convert(char conversion, Arguments& arguments, Message& message) noexcept {
+// The analyzer does not see through the pointer that the list has been copied.
+// NOLINTBEGIN(clang-analyzer-valist.Uninitialized)
+void convert(char conversion, va_list* arguments, Message& message) noexcept {
   std::array<char, 12> digits{};
   switch (conversion) {
     case 's':
-      message.add(sit::text_of(va_arg(arguments.list, const char*)));
+      message.add(sit::text_of(va_arg(*arguments, const char*)));
       break;
     case 'x':
     case 'X':
-      intohl2(va_arg(arguments.list, unsigned), digits.data());
+      intohl2(va_arg(*arguments, unsigned), digits.data());
       message.add(std::string_view{digits.data()});
       break;
     case 'c':
-      message.add(static_cast<char>(va_arg(arguments.list, int)));
+      message.add(static_cast<char>(va_arg(*arguments, int)));
       break;
     case 'r':
       message.add('\n');
       break;
     default:
-      intoal(va_arg(arguments.list, int), digits.data());
+      intoal(va_arg(*arguments, int), digits.data());
       message.add(std::string_view{digits.data()});
       break;
   }
 }
+
+// NOLINTEND(clang-analyzer-valist.Uninitialized)
 
 const char* skip_annotation(const char* format) noexcept {
   if (*format != '<') return format;
@@ -73,8 +73,9 @@ const char* skip_annotation(const char* format) noexcept {
 extern "C" void msgsub(char* output, const char* format, va_list arguments) noexcept {
   if (output == nullptr) return;
   Message message{output};
-  Arguments taken{};
-  va_copy(taken.list, arguments);
+  // A parameter of this type may be a mere pointer; the copy is the real thing everywhere.
+  va_list taken;
+  va_copy(taken, arguments);
   const char* next = format == nullptr ? "" : format;
   while (*next != '\0' && !message.full()) {
     if (next[0] != '%' || next[1] == '\0') {
@@ -86,9 +87,9 @@ extern "C" void msgsub(char* output, const char* format, va_list arguments) noex
       next += 2;
       continue;
     }
-    convert(next[1], taken, message);
+    convert(next[1], &taken, message);
     next = skip_annotation(next + 2);
   }
-  va_end(taken.list);
+  va_end(taken);
   message.terminate();
 }

@@ -2,6 +2,6 @@
 #include <cstring>
 
 extern "C" __attribute__((visibility("default"))) short getVersion(char* buffer, int /*capacity*/) {
-  std::strcpy(buffer, "9.1D09");
+  std::memcpy(buffer, "9.1D09", sizeof "9.1D09");
   return 1;
 }
