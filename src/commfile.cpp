@@ -13,6 +13,7 @@
 
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
+#include "files.h"
 #include "handles.h"
 #include "session.h"
 #include "sit/commutils.h"
@@ -38,9 +39,9 @@ void note_report_directory(const char* path) noexcept {
   stcopy(pc->reportDir, ".");
 }
 
-// Opens the report for `stdio_mode`; on success it takes the place of the one open before.
-int open_report(const char* path, const char* stdio_mode) noexcept {
-  sit::UniqueFile report{std::fopen(path, stdio_mode)};
+// On success the report takes the place of the one open before.
+int open_report(const char* path, sit::Existing existing) noexcept {
+  sit::UniqueFile report = sit::open_for_writing(path, existing);
   if (report == nullptr) return errno;
   const sit::UniqueFile replaced{std::exchange(fp, report.release())};
   return 0;
@@ -67,15 +68,23 @@ int sit::log_bytes(std::string_view bytes) noexcept {
   return std::fflush(fp) == 0 && is_whole ? 0 : EOF;
 }
 
-sit::TooLong::TooLong(std::string_view what, std::string_view text,
+sit::TooLong::TooLong(std::string_view what, std::initializer_list<std::string_view> pieces,
                       std::size_t max_length) noexcept {
   // The beginning is enough to recognise the text by.
-  const std::string_view shown = head(text, 200);
-  std::snprintf(message_.data(), message_.size(),
-                "ERROR: %.*s of %zu characters is longer than %zu and is not used: %.*s%s\n",
-                static_cast<int>(what.size()), what.data(), text.size(), max_length,
-                static_cast<int>(shown.size()), shown.data(),
-                shown.size() < text.size() ? "..." : "");
+  constexpr std::size_t kShown = 200;
+  std::size_t length = 0;
+  for (const std::string_view piece : pieces) length += piece.size();
+  char* end = message_.data();
+  end += std::snprintf(end, message_.size() - kShown - 8,
+                       "ERROR: %.*s of %zu characters is longer than %zu and is not used: ",
+                       static_cast<int>(what.size()), what.data(), length, max_length);
+  std::size_t room = kShown;
+  for (const std::string_view piece : pieces) {
+    const std::string_view shown = head(piece, room);
+    end = put(end, shown);
+    room -= shown.size();
+  }
+  put(end, length > kShown ? "...\n" : "\n");
 }
 
 extern "C" {
@@ -86,11 +95,11 @@ int LogOpen(const char* path, int mode) noexcept {
   bool is_new = true;
   int opened = SIT_BAD_OPEN_MODE;
   if ((mode & SIT_CREATE) != 0) {
-    opened = open_report(path, "we");
+    opened = open_report(path, sit::Existing::kTruncate);
   } else if ((mode & SIT_APPEND) != 0) {
     struct stat status {};
     is_new = ::stat(path, &status) != 0;
-    opened = open_report(path, "ae");
+    opened = open_report(path, sit::Existing::kAppend);
   }
   if (opened != 0) return opened;
   if (is_new) begin_report();

@@ -3,8 +3,10 @@
 
 #include <array>
 #include <cstddef>
+#include <initializer_list>
 #include <string_view>
 
+#include "commutils/bounded_text.h"
 #include "sit/commfile.h"
 
 namespace sit {
@@ -14,14 +16,26 @@ inline constexpr const char* kVersion = "11.6";
 // Writes bytes of any kind, NUL included, and flushes.
 int log_bytes(std::string_view bytes) noexcept;
 
-// What a report says when a text does not fit where it is needed, and so is not used.
+// What a report says when a text, given in pieces, does not fit where it is needed and so is not
+// used.
 class TooLong {
  public:
-  TooLong(std::string_view what, std::string_view text, std::size_t max_length) noexcept;
+  TooLong(std::string_view what, std::initializer_list<std::string_view> pieces,
+          std::size_t max_length) noexcept;
   [[nodiscard]] const char* c_str() const noexcept { return message_.data(); }
 
  private:
   std::array<char, 512> message_{};
 };
+
+// Makes `text` of the pieces. When they do not fit, the report says so and the result is false.
+template <std::size_t Bytes>
+[[nodiscard]] bool compose(BoundedText<Bytes>& text, std::string_view what,
+                           std::initializer_list<std::string_view> pieces) noexcept {
+  text = BoundedText<Bytes>{};
+  if (text.append(pieces)) return true;
+  LogString(TooLong{what, pieces, text.kMaxLength}.c_str());
+  return false;
+}
 
 }  // namespace sit

@@ -30,20 +30,25 @@ constexpr JavaQuestion kQuestions[] = {
 // What the shell must do first to know the installation's Java. False when it cannot.
 bool source_java_env(std::string_view directory, Prefix& prefix) noexcept {
   Prefix script;
-  if (!script.append({directory, "/bin/java_env"})) {
-    LogString(sit::TooLong{"The path of java_env in", directory, Prefix::kMaxLength}.c_str());
-    return false;
-  }
+  if (!sit::compose(script, "The path", {directory, "/bin/java_env"})) return false;
   if (FileExists(script.c_str()) == 0) {
     LogMsg("%s does not exist, cannot determine Java versions for $PHM\n", script.c_str());
     return false;
   }
-  if (!prefix.append({"PHM=", directory, ";export PHM; . ", script.view(), ";"})) {
-    LogString(sit::TooLong{"The command that sources java_env in", directory, Prefix::kMaxLength}
-                  .c_str());
-    return false;
+  return sit::compose(prefix, "The command",
+                      {"PHM=", directory, ";export PHM; . ", script.view(), ";"});
+}
+
+void capture_version_in(std::string_view home) noexcept {
+  sit::Path java;
+  if (!sit::compose(java, "The path", {home, "/bin/java"})) return;
+  if (FileExists(java.c_str()) == 0) {
+    LogMsg("Java executable %s does not exist\n", java.c_str());
+    return;
   }
-  return true;
+  if (Command command; sit::compose(command, "The command", {java.view(), " -version"})) {
+    LogCmdOutput(command.c_str(), nullptr);
+  }
 }
 
 }  // namespace
@@ -58,7 +63,7 @@ void getJavaInfo(PHMVER* record) noexcept {
   }
   for (const JavaQuestion& question : kQuestions) {
     LogMsg(question.heading, record->version);
-    if (Command command; command.append({prefix.view(), question.command})) {
+    if (Command command; sit::compose(command, "The command", {prefix.view(), question.command})) {
       LogCmdOutput(command.c_str(), nullptr);
     }
     LogMsg("\n");
@@ -68,15 +73,7 @@ void getJavaInfo(PHMVER* record) noexcept {
 void getJavaInfoSystem() noexcept {
   if (const char* home = std::getenv("JAVA_HOME"); home != nullptr) {
     LogMsg("JAVA_HOME indicates Java is installed in %s\n", home);
-    sit::Path java;
-    Command command;
-    if (!sit::join_path(java, {home, "bin/java"}) || !command.append({java.view(), " -version"})) {
-      LogString(sit::TooLong{"The path of Java in", home, sit::Path::kMaxLength}.c_str());
-    } else if (FileExists(java.c_str()) != 0) {
-      LogCmdOutput(command.c_str(), nullptr);
-    } else {
-      LogMsg("Java executable %s does not exist\n", java.c_str());
-    }
+    capture_version_in(home);
   } else {
     LogMsg("JAVA_HOME not found.\nAttempting java -version...\n");
     LogCmdOutput("java -version", nullptr);

@@ -69,17 +69,19 @@ TEST_F(Java, OfTheEnvironment) {
 TEST_F(Java, PathsBeyondTheirCapacity) {
   SIT_Initiate();
   move_installation("/" + std::string(600, 'x'));
-  EXPECT_EQ(
-      java_versions(),
-      "ERROR: The path of java_env in of 601 characters is longer than 511 and is not used: /" +
-          std::string(199, 'x') + "...\n");
+  EXPECT_EQ(java_versions(),
+            "ERROR: The path of 614 characters is longer than 511 and is not used: /" +
+                std::string(199, 'x') + "...\n");
   std::string deep = path("d");
   while (deep.size() < 245)
     deep += "/" + std::string(std::min<std::size_t>(200, 245 - deep.size()), 'd');
   move_installation(deep);
   write_file(directory_ + "/bin/java_env", "");
-  EXPECT_TRUE(java_versions().starts_with("ERROR: The command that sources java_env in of "))
-      << directory_;
+  const std::string command =
+      "PHM=" + directory_ + ";export PHM; . " + directory_ + "/bin/java_env;";
+  EXPECT_EQ(java_versions(), "ERROR: The command of " + std::to_string(command.size()) +
+                                 " characters is longer than 511 and is not used: " +
+                                 command.substr(0, 200) + "...\n");
 }
 
 TEST_F(Java, WhichInstallationsAreAsked) {
@@ -119,7 +121,7 @@ TEST_F(Java, OfTheMachine) {
   EXPECT_EQ(java_versions(), home + path("jdk/bin/java") + " -version PHM=\n\n");
   set_environment("JAVA_HOME", std::string(5000, 'j').c_str());
   EXPECT_EQ(java_versions(), "JAVA_HOME indicates Java is installed in " + std::string(4054, 'j') +
-                                 "ERROR: The path of Java in of 5000 characters is longer than 255 "
+                                 "ERROR: The path of 5009 characters is longer than 255 "
                                  "and is not used: " +
                                  std::string(200, 'j') + "...\n\n");
   set_environment("JAVA_HOME", nullptr);

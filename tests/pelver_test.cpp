@@ -1,5 +1,7 @@
 #include <sys/stat.h>
 
+#include <array>
+#include <cerrno>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -63,7 +65,7 @@ TEST_F(Discovery, VersionFiles) {
        "Pelloran Version: 10.1B03" + from},
       {"PELLORAN VERSION 9.1D09 as of", "9.1D09", 9, 1, "Pelloran Version: 9.1D09" + from},
       {"The Server 10.2 build", "10.2", 10, 0, "Pelloran Version: 10.2" + from},
-      {"Release  x y", " x", 0, 0, "Pelloran Version:  x" + from},
+      {"Release  9.2B y", " 9.2B", 9, 2, "Pelloran Version:  9.2B" + from},
       {at_limit + " ", std::string(70, '7'), 0, 0,
        "Pelloran Version: " + std::string(70, '7') + from},
       {at_limit + "7 ", "(null)", 0, 0, no_number(at_limit + "7 ")},
@@ -111,6 +113,11 @@ TEST_F(Discovery, SoundVersionLibraries) {
   put_library(VERSION_LIBRARY_BARE);
   EXPECT_EQ(discover(),
             using_phm() + "Pelloran Version: 9.1D09\nExtracted from versioninfo.dll\n" + zeros);
+  std::unique_ptr<PHMVER, decltype(&std::free)> known(createPHMVER(), &std::free);
+  known->fullVersion = ::strdup("10.1B03 kept");
+  EXPECT_EQ(getPelVerInfoDLL(known.get(), library().c_str(), nullptr), 1);
+  EXPECT_STREQ(known->fullVersion, "10.1B03 kept") << "the library has no full version";
+  for (char* text : {known->version, known->fullVersion, known->maintLevel}) std::free(text);
   put_library(VERSION_LIBRARY_FAILING);
   EXPECT_EQ(discover(), using_phm() + "Unable to extract version from " + library() + "\n" + zeros);
   EXPECT_EQ(pphm->version, nullptr);
@@ -210,6 +217,12 @@ TEST_F(Discovery, MonitoringInstallation) {
                               init_file + "\n\n")
         << content;
   }
+  const std::string longest = "/" + std::string(232, 'd');
+  write_file(init_file, "SET delvonInstallDir=" + longest + "\n");
+  std::array<char, 256> found{};
+  EXPECT_EQ(GetDelvonTarg(init_file.c_str(), found.data()), 0);
+  EXPECT_EQ(found.data(), longest);
+  EXPECT_EQ(GetDelvonTarg("/dev/zero", found.data()), EINVAL) << "not an endless loop";
   const std::string delvon = path("delvon");
   write_file(delvon + "/delvonversion", "Delvon Version 2.1A01 as of");
   for (const char* end : {"", "\n", "\r\n"}) {
@@ -305,11 +318,12 @@ TEST_F(Discovery, FrameworkVersionFile) {
   for (const auto& [version, message] :
        {std::pair{"1.0",
                   "Ambrelis Version: 1.2C07\nExtracted from " + installation_ + "/embversion\n\n"},
+        {"", "Pelloran Version: 10.1B03\nExtracted from " + version_file() + "\n\n"},
         {"2.0", "Pelloran Version: 10.1B03\nExtracted from " + version_file() + "\n\n"}}) {
     PHMVER* record = createPHMVER();
     addPHMVERToList(&pphm, record);
     record->dir = ::strdup(installation_.c_str());
-    record->version = ::strdup(version);
+    if (*version != '\0') record->version = ::strdup(version);
     record->flags = PK_FRAMEWORK;
     char* text = nullptr;
     std::size_t size = 0;

@@ -155,6 +155,18 @@ TEST_F(Command, HungCommandIsAbandonedAfterSixtySeconds) {
   EXPECT_EQ(::waitpid(child, nullptr, 0), child);
 }
 
+TEST_F(Command, StoppedHostDoesNotTakeItsCommandForHung) {
+  const pid_t host = ::fork();
+  if (host == 0) ::_exit(execute("sleep 63; exit 3") == 3 * 256 ? 0 : 1);
+  ::usleep(500000);
+  ::kill(host, SIGSTOP);
+  ::usleep(61000000);
+  ::kill(host, SIGCONT);
+  int status = -1;
+  ::waitpid(host, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
 TEST_F(Command, KernelWithoutPidfd) {
   sock_filter refuse_pidfd[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                                 BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 0, 1),
@@ -279,12 +291,18 @@ TEST_F(Copy, Failures) {
   EXPECT_EQ(copy(1), ENOENT);
   EXPECT_FALSE(std::filesystem::exists(path("to")));
   write_file(path("from"), "text\n");
-  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), "/dev/full", 0, 1), ENOSPC);
+  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), "/dev/full", 0, 0), ENOSPC);
+  EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+  EXPECT_EQ(CopyEndOfFile("/dev/full", path("to").c_str(), 0, 0), EINVAL);
+  ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("fifo").c_str(), 0, 0), ENXIO);
   EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("missing/to").c_str(), 0, 0), ENOENT);
   EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("from").c_str(), 0, 1), EINVAL);
   EXPECT_EQ(read_file(path("from")), "text\n");
   EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 0), EISDIR);
   EXPECT_FALSE(std::filesystem::exists(path("to"))) << "half a copy must not stay";
+  EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 1), EISDIR);
+  EXPECT_FALSE(std::filesystem::exists(path("to")));
   write_file(path("to"), "before\n");
   EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 1), EISDIR);
   EXPECT_EQ(read_file(path("to")), "before\n") << "appending must not lose what was there";

@@ -39,8 +39,8 @@ SIT_API unsigned int FileExists(const char *path) SIT_NOEXCEPT;
  * With a non-zero `trim` a source of more than 1048576 bytes is copied from the first line that
  * begins in its last 1048576 bytes, behind a banner that says so.
  * Returns 0; -1 for a null path; EINVAL when both name one file; else the system error number. A
- * copy that failed half-way is
- * removed, unless it was appended to a file that had content of its own. */
+ * copy that failed half-way is removed, unless the destination is a device or held content of its
+ * own before. */
 SIT_API int CopyEndOfFile(const char *source, const char *destination, int trim,
                           int append) SIT_NOEXCEPT;
 

@@ -30,6 +30,11 @@ inline std::string_view up_to_nul(std::string_view text) noexcept {
   return head(text, text.find('\0'));
 }
 
+inline std::string_view without_leading_blanks(std::string_view text) noexcept {
+  while (text.starts_with(' ')) text.remove_prefix(1);
+  return text;
+}
+
 inline std::string_view without_line_end(std::string_view line) noexcept {
   if (line.ends_with('\n')) line.remove_suffix(1);
   if (line.ends_with('\r')) line.remove_suffix(1);

@@ -7,6 +7,7 @@
 
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
+#include "files.h"
 #include "handles.h"
 #include "pelver/pelver.h"
 #include "sit/situtil.h"
@@ -164,9 +165,11 @@ int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
   for (sit::Piece line; reader.next(line);) {
     if (!line.starts_line || !line.text.starts_with(kAssignment)) continue;
     const std::string_view value = sit::without_line_end(sit::tail(line.text, kAssignment.size()));
-    // A line longer than a piece would give a cut directory.
-    const bool stored = line.ends_line && sit::store({buffer, kBytes}, value);
-    return stored && buffer[0] != '\0' ? 0 : 1;
+    if (!sit::store({buffer, kBytes}, value) || buffer[0] == '\0') return 1;
+    // A line that goes on behind its piece would give a cut directory.
+    if (line.ends_line || !reader.next(line) || sit::without_line_end(line.text).empty()) return 0;
+    buffer[0] = '\0';
+    return 1;
   }
   return 1;
 }

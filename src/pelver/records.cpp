@@ -88,7 +88,7 @@ bool version_key(const PHMVER& record, Path& key) noexcept {
 short leading_number(std::string_view text) noexcept {
   constexpr int kMost = INT16_MAX;
   int number = 0;
-  for (const char c : text) {
+  for (const char c : sit::without_leading_blanks(text)) {
     if (!is_digit(c)) break;
     number = number * 10 + (c - '0');
     if (number > kMost) return kMost;

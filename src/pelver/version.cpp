@@ -5,10 +5,10 @@
 #include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
+#include "files.h"
 #include "handles.h"
 #include "pelver/pelver.h"
 #include "sit/situtil.h"
-#include "situtil/piece_reader.h"
 
 namespace {
 
@@ -21,9 +21,15 @@ bool is_early_framework(const PHMVER& record) noexcept {
   return (record.flags & PK_FRAMEWORK) != 0 && sit::text_of(record.version).starts_with('1');
 }
 
-std::string_view version_file_name(const PHMVER& record) noexcept {
-  if (is_early_framework(record)) return "embversion";
-  return is_monitor(record) ? "delvonversion" : "version";
+// A version file, and what its messages call the product.
+struct VersionFile {
+  std::string_view name;
+  std::string_view product;
+};
+
+VersionFile version_file_of(const PHMVER& record) noexcept {
+  if (is_early_framework(record)) return {"embversion", "Ambrelis"};
+  return {is_monitor(record) ? "delvonversion" : "version", sit::product_name(record)};
 }
 
 void clear_numbers(PHMVER& record) noexcept {
@@ -79,8 +85,7 @@ bool path_in_installation(const PHMVER& record, std::string_view name, Path& pat
                           FILE* output) noexcept {
   const std::string_view directory = text_of(record.dir);
   if (join_path(path, {directory, name})) return true;
-  const HeapText whole = concatenate({directory, "/", name});
-  print(output, {TooLong{"The path", text_of(whole.get()), Path::kMaxLength}.c_str()});
+  print(output, {TooLong{"The path", {directory, "/", name}, Path::kMaxLength}.c_str()});
   return false;
 }
 
@@ -102,8 +107,9 @@ void getPelVerInfo(PHMVER* record, FILE* output) noexcept {
 void getPelVerInfoFile(PHMVER* record, FILE* output) noexcept {
   if (record == nullptr) return;
   clear_numbers(*record);
+  const VersionFile source = version_file_of(*record);
   sit::Path path;
-  if (!sit::path_in_installation(*record, version_file_name(*record), path, output)) {
+  if (!sit::path_in_installation(*record, source.name, path, output)) {
     sit::print(output, {"\n"});
     return;
   }
@@ -113,12 +119,7 @@ void getPelVerInfoFile(PHMVER* record, FILE* output) noexcept {
     return;
   }
   std::array<char, kVersionFileBytes> bytes{};
-  std::size_t held = 0;
-  while (held < bytes.size()) {
-    const std::size_t got = sit::read_some(file.get(), bytes.data() + held, bytes.size() - held);
-    if (got == 0) break;
-    held += got;
-  }
+  const std::size_t held = sit::read_up_to(file.get(), bytes.data(), bytes.size());
   const std::string_view text{bytes.data(), held};
 
   const std::size_t word = find_version_word(text);
@@ -133,13 +134,8 @@ void getPelVerInfoFile(PHMVER* record, FILE* output) noexcept {
   sit::replace_field(record->fullVersion, sit::up_to_nul(number));
   if (record->version == nullptr) sit::replace_field(record->version, sit::up_to_nul(number));
 
-  std::string_view product = sit::product_name(*record);
-  if (is_early_framework(*record)) {
-    product = "Ambrelis";
-  } else if (!is_monitor(*record)) {
-    ParseVerString(record->version, record);
-  }
-  sit::print(output, {product, " Version: ", sit::up_to_nul(number), "\nExtracted from ",
+  if (source.name == "version") ParseVerString(record->version, record);
+  sit::print(output, {source.product, " Version: ", sit::up_to_nul(number), "\nExtracted from ",
                       path.view(), "\n\n"});
 }
 

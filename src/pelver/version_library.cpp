@@ -10,11 +10,11 @@
 
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
+#include "files.h"
 #include "handles.h"
 #include "pelver/pelver.h"
 #include "sit/codes.h"
 #include "sit/commutils.h"
-#include "situtil/piece_reader.h"
 
 namespace {
 
@@ -37,6 +37,10 @@ class Library {
   void unload() noexcept {
     if (handle_ != nullptr) ::dlclose(handle_);
     handle_ = nullptr;
+  }
+
+  [[nodiscard]] bool has(const char* getter) const noexcept {
+    return ::dlsym(handle_, getter) != nullptr;
   }
 
   // The text of a getter; null when it is missing or does not succeed.
@@ -71,13 +75,14 @@ struct Decimal {
 };
 
 std::string_view first_word(std::string_view text) noexcept {
-  while (text.starts_with(' ')) text.remove_prefix(1);
-  return sit::head(text, text.find(' '));
+  const std::string_view word = sit::without_leading_blanks(text);
+  return sit::head(word, word.find(' '));
 }
 
 void take_versions(const Library& library, PHMVER& record) noexcept {
   sit::HeapText version = library.text("getVersion");
   if (record.version == nullptr) record.version = version.release();
+  if (!library.has("getFullVersion")) return;
   const sit::HeapText full_version = library.text("getFullVersion");
   std::free(record.fullVersion);
   record.fullVersion = nullptr;

@@ -4,6 +4,7 @@
 #include <cerrno>
 
 #include "commfile.h"
+#include "files.h"
 #include "sit/situtil.h"
 #include "situtil/piece_reader.h"
 #include "situtil/temp_file.h"

@@ -37,6 +37,11 @@ ChildPauses::ChildPauses(pid_t child) noexcept
 
 void ChildPauses::pause() noexcept {
   ++next_.tv_sec;
+  if (time_until(next_).tv_sec < 0) {
+    // The host itself was stopped for a while: the polls that are left keep their distance.
+    ::clock_gettime(CLOCK_MONOTONIC, &next_);
+    ++next_.tv_sec;
+  }
   if (!pidfd_.is_open()) {
     sleep_until_next();
   } else if (ended_before_next()) {

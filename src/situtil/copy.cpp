@@ -6,10 +6,10 @@
 #include <cerrno>
 #include <cstdio>
 
+#include "files.h"
 #include "handles.h"
 #include "sit/codes.h"
 #include "sit/situtil.h"
-#include "situtil/piece_reader.h"
 
 namespace {
 
@@ -33,12 +33,20 @@ void copy_blocks(FILE* source, FILE* destination) noexcept {
   }
 }
 
+bool is_regular(const struct stat& status) noexcept { return S_ISREG(status.st_mode); }
+
 // Copying a file onto itself would empty it, or feed it to itself without end.
-bool is_same_file(const char* path, const char* other) noexcept {
+bool is_same_file(int source, const char* destination) noexcept {
   struct stat first {};
   struct stat second {};
-  return ::stat(path, &first) == 0 && ::stat(other, &second) == 0 &&
+  return ::fstat(source, &first) == 0 && ::stat(destination, &second) == 0 && is_regular(first) &&
          first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+// Whether a copy that failed may be removed: not a device, and nothing it held before.
+bool is_all_ours(FILE* destination) noexcept {
+  struct stat status {};
+  return ::fstat(::fileno(destination), &status) == 0 && is_regular(status) && status.st_size == 0;
 }
 
 }  // namespace
@@ -46,15 +54,16 @@ bool is_same_file(const char* path, const char* other) noexcept {
 extern "C" int CopyEndOfFile(const char* source, const char* destination, int trim,
                              int append) noexcept {
   if (source == nullptr || destination == nullptr) return SIT_FAILED;
-  sit::UniqueFd source_fd = sit::open_for_reading(source);
-  if (!source_fd.is_open()) return errno;
-  const sit::UniqueFile from{::fdopen(source_fd.get(), "rb")};
+  sit::UniqueFd opened = sit::open_for_reading(source);
+  if (!opened.is_open()) return errno;
+  if (is_same_file(opened.get(), destination)) return EINVAL;
+  const sit::UniqueFile from{::fdopen(opened.get(), "rb")};
   if (from == nullptr) return errno;
-  static_cast<void>(source_fd.release());
-  if (is_same_file(source, destination)) return EINVAL;
-  const bool adds = append != 0;
-  sit::UniqueFile to{std::fopen(destination, adds ? "abe" : "wbe")};
+  static_cast<void>(opened.release());
+  sit::UniqueFile to = sit::open_for_writing(
+      destination, append != 0 ? sit::Existing::kAppend : sit::Existing::kTruncate);
   if (to == nullptr) return errno;
+  const bool removable = is_all_ours(to.get());
 
   errno = 0;
   if (trim != 0) skip_to_trimmed_part(from.get(), to.get());
@@ -63,7 +72,6 @@ extern "C" int CopyEndOfFile(const char* source, const char* destination, int tr
   const bool failed = std::ferror(from.get()) != 0 || std::ferror(to.get()) != 0;
   const int error = failed ? errno : 0;
   to.reset();
-  // What the destination held before is worth more than a tidy folder.
-  if (error != 0 && !adds) ::unlink(destination);
+  if (error != 0 && removable) ::unlink(destination);
   return error;
 }

@@ -1,26 +1,11 @@
 #include "situtil/piece_reader.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cstring>
 
 #include "commutils/views.h"
+#include "files.h"
 
 namespace sit {
-
-UniqueFd open_for_reading(const char* path) noexcept {
-  return UniqueFd{::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
-}
-
-std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept {
-  for (;;) {
-    const ssize_t got = ::read(fd, bytes, count);
-    if (got >= 0) return static_cast<std::size_t>(got);
-    if (errno != EINTR) return 0;
-  }
-}
 
 // Reads until a whole piece is there. One character more than a piece tells whether the text goes
 // on after it.

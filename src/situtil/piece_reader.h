@@ -5,19 +5,10 @@
 #include <cstddef>
 #include <string_view>
 
-#include "handles.h"
-
 namespace sit {
 
 // Characters of a piece read from a file, its newline included.
 inline constexpr std::size_t kPieceLength = 254;
-
-// Opens a file for reading. Never waits: a FIFO without a writer reads as empty.
-[[nodiscard]] UniqueFd open_for_reading(const char* path) noexcept;
-
-// Reads at most `count` bytes, resumed when a signal of the host's interrupts it. Returns the
-// number read; 0 at the end of the file or when it cannot be read.
-[[nodiscard]] std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept;
 
 struct Piece {
   std::string_view text;  // its newline included; valid until the next piece is read

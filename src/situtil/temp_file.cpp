@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <string_view>
 
@@ -41,6 +42,9 @@ extern "C" char* GetTempFile() noexcept {
 
 extern "C" unsigned int FileExists(const char* path) noexcept {
   struct stat status {};
-  if (path == nullptr || ::stat(path, &status) != 0) return 0;
-  return status.st_mode;
+  if (path == nullptr) {
+    errno = EFAULT;
+    return 0;
+  }
+  return ::stat(path, &status) == 0 ? status.st_mode : 0;
 }
