@@ -1,6 +1,7 @@
 // Owners of what the system hands out: nothing is left open on any path out of a function.
 #pragma once
 
+#include <dirent.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -38,5 +39,10 @@ struct CloseFile {
   void operator()(FILE* stream) const noexcept { std::fclose(stream); }
 };
 using UniqueFile = std::unique_ptr<FILE, CloseFile>;
+
+struct CloseDir {
+  void operator()(DIR* directory) const noexcept { ::closedir(directory); }
+};
+using UniqueDir = std::unique_ptr<DIR, CloseDir>;
 
 }  // namespace sit

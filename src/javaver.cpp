@@ -9,6 +9,7 @@
 #include "commutils/views.h"
 #include "sit/situtil.h"
 #include "situtil/path.h"
+#include "situtil/shell.h"
 
 namespace {
 
@@ -35,8 +36,13 @@ bool source_java_env(std::string_view directory, Prefix& prefix) noexcept {
     LogMsg("%s does not exist, cannot determine Java versions for $PHM\n", script.c_str());
     return false;
   }
+  Prefix home;
+  Prefix sourced;
+  const bool words_fit =
+      sit::append_word(home, directory) && sit::append_word(sourced, script.view());
   return sit::compose(prefix, "The command",
-                      {"PHM=", directory, ";export PHM; . ", script.view(), ";"});
+                      {"PHM=", words_fit ? home.view() : directory, ";export PHM; . ",
+                       words_fit ? sourced.view() : script.view(), ";"});
 }
 
 void capture_version_in(std::string_view home) noexcept {
@@ -46,7 +52,8 @@ void capture_version_in(std::string_view home) noexcept {
     LogMsg("Java executable %s does not exist\n", java.c_str());
     return;
   }
-  if (Command command; sit::compose(command, "The command", {java.view(), " -version"})) {
+  Command command;
+  if (sit::append_word(command, java.view()) && command.append(" -version")) {
     LogCmdOutput(command.c_str(), nullptr);
   }
 }

@@ -7,11 +7,10 @@
 #include <cstdlib>
 #include <memory>
 
-#include "commfile.h"
 #include "sit/situtil.h"
 #include "sit/usysinfo.h"
+#include "situtil/capture.h"
 #include "situtil/path.h"
-#include "situtil/piece_reader.h"
 
 namespace {
 
@@ -48,8 +47,7 @@ int GetUnixVers(char* buffer) noexcept {
 int GetEnvVarUnix() noexcept {
   const UniquePipe listing{::popen("set", "re")};
   if (listing == nullptr) return 1;
-  sit::PieceReader reader{::fileno(listing.get()), sit::PieceReader::kMaxPieceLength};
-  for (sit::Piece piece; reader.next(piece);) sit::log_bytes(piece.text);
+  sit::copy_into_report(::fileno(listing.get()), 0);
   return 0;
 }
 

@@ -1,6 +1,8 @@
 #include <array>
 #include <climits>
 #include <cstdarg>
+#include <cstdlib>
+#include <memory>
 #include <string>
 
 #include "commutils/bounded_text.h"
@@ -82,6 +84,76 @@ TEST(Strings, CopyAndReverse) {
   reverse(text.data());
   EXPECT_STREQ(text.data(), "eabcd");
   EXPECT_EQ(stlen(""), 0);
+}
+
+std::string taken(char* text) {
+  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
+  return text == nullptr ? "(null)" : text;
+}
+
+TEST(Texts, Trimmed) {
+  const std::pair<const char*, const char*> texts[] = {
+      {"  value \n", "value"}, {"\tx\t", "\tx\t"}, {"   ", ""},   {" \n ", ""}, {"", ""},
+      {"\n x", "\n x"},        {"x\r\n", "x\r"},   {"a b", "a b"}};
+  for (const auto& [text, trimmed] : texts) EXPECT_EQ(taken(StringTrim(text)), trimmed);
+  EXPECT_EQ(StringTrim(nullptr), nullptr);
+}
+
+TEST(Texts, ChangedInPlace) {
+  std::string text = "a\r\nb\r";
+  StripCRLF(text.data());
+  EXPECT_EQ(text, "a \nb ");
+  strreplace(text.data(), ' ', '\0');
+  EXPECT_EQ(text, std::string("a\0\nb\0", 5));
+  const std::pair<const char*, const char*> removals[] = {
+      {"10.2B", "102B"}, {"a..b", "a.b"}, {"a...b", "a.b"}, {"x.", "x"}, {"..", "."}, {".", ""}};
+  for (const auto& [whole, rest] : removals) {
+    text = whole;
+    strremove(text.data(), ".ignored");
+    EXPECT_STREQ(text.c_str(), rest) << whole;
+  }
+  strremove(text.data(), "");
+  StripCRLF(nullptr);
+}
+
+TEST(Texts, Fields) {
+  struct Field {
+    unsigned number;
+    std::string text;
+    const char* field;
+  };
+  const std::string longest(254, 'f');
+  const Field fields[] = {{2, "x:y:z", "y"},
+                          {3, "x:y:z", "z"},
+                          {4, "x:y:z", nullptr},
+                          {5, "xyz", "xyz"},
+                          {3, "x:y:", ""},
+                          {4, "x:y:", nullptr},
+                          {1, ":x", ""},
+                          {2, "", ""},
+                          {0, "x:y", nullptr},
+                          {1, longest, longest.c_str()},
+                          {1, longest + "f", nullptr}};
+  for (const auto& [number, text, expected] : fields) {
+    const char* field = strentry(number, text.c_str(), ':');
+    if (expected == nullptr) {
+      EXPECT_EQ(field, nullptr) << text;
+    } else {
+      EXPECT_STREQ(field, expected) << text;
+    }
+  }
+}
+
+TEST(Texts, FieldOfAField) { EXPECT_STREQ(strentry(1, strentry(2, "a:b-c:d", ':'), '-'), "b"); }
+
+TEST(Texts, Hexadecimal) {
+  const unsigned char bytes[] = {0x0A, 0xFF, 0, 0x7F, 0x80};
+  EXPECT_EQ(taken(strtohex(bytes, 2)), "0a ff ");
+  EXPECT_EQ(taken(strtohex(bytes, 0)), "");
+  EXPECT_EQ(taken(strtohexmax(bytes, 5, 2)), "0a ff ...");
+  EXPECT_EQ(taken(strtohexmax(bytes, 5, 5)), "0a ff 00 7f 80 ");
+  EXPECT_EQ(taken(strtohexmax(bytes, 1, 9)), "0a ");
+  EXPECT_EQ(taken(strtohexmax(bytes, -1, -1)), "");
 }
 
 TEST(BoundedText, TakesPiecesWholeOrNotAtAll) {

@@ -45,6 +45,40 @@ TEST_F(Host, CollectsThisMachine) {
   }
 }
 
+TEST_F(Host, CollectsTheSampleInstallation) {
+  const std::string sample = path("sample");
+  ASSERT_EQ(run(EXAMPLES "/install " + sample).status, 0);
+  const Ran ran = run(
+      ". " + sample + "/environment && " HOST " collect --output " + path("out") + " --netscape " +
+      sample + "/netscape,intranet --netscape " + sample + "/netscape" + " --apache " + sample +
+      "/apache --capture 'echo captured' --capture-library " + CAPTURED_LIBRARY + ",leave_a_file");
+  EXPECT_EQ(ran.status, 1) << "one of the servers is not told";
+  const char* row = " +\\d+ +[\\d.]+ +\\d+ +";
+  std::string rows;
+  for (const char* step :
+       {"GetVersInfo:versions.txt", "GetSysInfo:system.txt", "GetEnvironInfo:environment.txt",
+        "GetPelCFGInfo:10.1B/configuration.txt", "GetPelInstFiles:10.1B/files.txt",
+        "GetPelSecurityLog:10.1B/security.txt", "GetPelCFGInfo:2.1A-of-10.1B03/configuration.txt",
+        "GetPelInstFiles:2.1A-of-10.1B03/files.txt",
+        "GetPelSecurityLog:2.1A-of-10.1B03/security.txt",
+        "GetDelvonFiles:2.1A-of-10.1B03/delvon.txt", "GetNetscapeInfo:netscape-1.txt",
+        "GetNetscapeInfo:netscape-2.txt", "GetApacheInfo:apache-1.txt",
+        "RunCommand:capture/index.txt", "RunCommand:capture/index.txt"}) {
+    const std::string text = step;
+    const std::size_t colon = text.find(':');
+    rows += text.substr(0, colon) + row + text.substr(colon + 1) + " +[^\n]+\n";
+  }
+  std::smatch match;
+  ASSERT_TRUE(std::regex_search(ran.output, match, std::regex(rows))) << ran.output;
+  EXPECT_NE(ran.output.find("10027"), std::string::npos);
+  const std::filesystem::path folder = *std::filesystem::directory_iterator(path("out"));
+  EXPECT_EQ(test::without_header(read_file(folder / "capture/command-1.txt")),
+            "captured\n\n==End of Log==\n");
+  EXPECT_TRUE(std::filesystem::exists(folder / "capture/left"));
+  EXPECT_EQ(read_file(folder / "2.1A-of-10.1B03/Delvon21APel101B/delvon.xml"),
+            read_file(sample + "/delvon/conf/delvon.xml"));
+}
+
 TEST_F(Host, ShowsALiveLineOnATerminal) {
   test::write_file(path("bin/uname"), "#!/bin/sh\nsleep 1\n");
   std::filesystem::permissions(path("bin/uname"), std::filesystem::perms::owner_all);
@@ -70,9 +104,14 @@ TEST_F(Host, CallsByName) {
       {"call --independent GetVersInfo " + path("r") + " 64 1 0",
        {0, "GetVersInfo returned 0: success\n"}},
       {"call GetSysInfo r 65536 64 1",
-       {2, "sit: argument \"section\" must be a 16-bit integer, not \"65536\"\n"}},
+       {2, "sit: argument \"section\" must be one 16-bit integer, not \"65536\"\n"}},
       {"call GetSysInfo r 0 64 yes",
-       {2, "sit: argument \"final\" must be a 32-bit integer, not \"yes\"\n"}},
+       {2, "sit: argument \"final\" must be one 32-bit integer, not \"yes\"\n"}},
+      {"call GetDelvonFiles " + path("r") + " " + path("") + " 2.1A:10.1B",
+       {0, path("") + "\nGetDelvonFiles returned 0: success\n"}},
+      {"call RunCommand 'exit 0' '' 0 - . '' -", {0, "RunCommand returned 0: success\n"}},
+      {"call RunCommand x '' 300 - . '' -",
+       {2, "sit: argument \"is library\" must be one 8-bit integer, not \"300\"\n"}},
       {"call GetPelVers r",
        {2,
         "sit: wrong number of arguments; usage: sit call GetPelVers <report path: text> <mode: "
@@ -92,6 +131,7 @@ TEST_F(Host, SaysWhatIsWrongInOneLine) {
       {"collect --output " + path("out") + " --plugin " + path("missing"), 1},
       {"collect --output " + path("out") + " --plugin " + path("not-a-library"), 1},
       {"collect --output " + path("out") + " --plugin " VERSION_LIBRARY_WHOLE, 1},
+      {"collect --capture-library /lib.so", 2},
       {"", 2}};
   for (const auto& [arguments, status] : calls) {
     const Ran ran = sit(arguments);

@@ -311,6 +311,17 @@ TEST(Records, VersionTexts) {
   }
 }
 
+TEST(Records, FileNames) {
+  EXPECT_STREQ(AppendVerLogFile("10.1B03", 0, "/tmp/stem"), "/tmp/stem101B");
+  EXPECT_STREQ(AppendVerLogFile("10.1B03", 64, "x"), "x101B(64)");
+  EXPECT_STREQ(AppendVerLogFile("9.1D", 32, ""), "91D(32)");
+  EXPECT_STREQ(AppendVerLogFile("9.1D(64)", -1, "x"), "x91D");
+  EXPECT_STREQ(AppendVerLogFile("1", 0, std::string(253, 'x').c_str()),
+               (std::string(253, 'x') + "1").c_str());
+  EXPECT_EQ(AppendVerLogFile("1", 0, std::string(254, 'x').c_str()), nullptr);
+  EXPECT_EQ(Is64BitWindows() + GetBitness("10.1(64)"), 0);
+}
+
 TEST_F(Discovery, FrameworkVersionFile) {
   put_library(VERSION_LIBRARY_WHOLE);
   write_file(installation_ + "/embversion", "Framework Version 1.2C07 as of");

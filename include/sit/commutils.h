@@ -1,5 +1,5 @@
-/* The message formatter and the number and text helpers beside it. None of them allocates,
- * keeps state or looks at the locale; a null text counts as an empty one. */
+/* The message formatter and the number and text helpers beside it. None of them looks at
+ * the locale; a null text counts as an empty one. */
 #ifndef SIT_COMMUTILS_H
 #define SIT_COMMUTILS_H
 
@@ -45,6 +45,33 @@ SIT_API void reversen(char *text, int count) SIT_NOEXCEPT;
 
 /* Reverses the whole of `text` in place. */
 SIT_API void reverse(char *text) SIT_NOEXCEPT;
+
+/* A new copy of `text` without its leading blanks and its trailing blanks and newlines. The
+ * caller frees it; null for a null text and when memory runs out. */
+SIT_API char *StringTrim(const char *text) SIT_NOEXCEPT;
+
+/* Makes every carriage return of `text` a blank, in place. */
+SIT_API void StripCRLF(char *text) SIT_NOEXCEPT;
+
+/* Replaces every `find` in `text` by `replacement`, in place. */
+SIT_API void strreplace(char *text, char find, char replacement) SIT_NOEXCEPT;
+
+/* Drops the first character of `set` wherever it stands in `text`, in place; of two in a row only
+ * the first. */
+SIT_API void strremove(char *text, const char *set) SIT_NOEXCEPT;
+
+/* Field `number` (from 1) of `text`, whose fields are separated by `separator`. A text without
+ * separator is its own every field. Returns a text of the library's that the next call replaces;
+ * null when there is no such field, when it is longer than 254 characters, and when memory runs
+ * out. */
+SIT_API const char *strentry(unsigned int number, const char *text, char separator) SIT_NOEXCEPT;
+
+/* `count` bytes as two lower-case hexadecimal digits and a blank each. A new text that the caller
+ * frees; null when memory runs out. */
+SIT_API char *strtohex(const void *bytes, int count) SIT_NOEXCEPT;
+
+/* The same for at most `largest` bytes, followed by "..." when there are more. */
+SIT_API char *strtohexmax(const void *bytes, int count, int largest) SIT_NOEXCEPT;
 
 SIT_END_C
 

@@ -103,6 +103,19 @@ SIT_API void RmPatchInfoPHM(char *version) SIT_NOEXCEPT;
 /* 1 when `record` belongs to the product selector, else 0. */
 SIT_API int IsCorrectProduct(const PHMVER *record, int selector) SIT_NOEXCEPT;
 
+/* `prefix` followed by the version text without its patch part and its points, and "(64)" or
+ * "(32)" for that bitness (-1: as GetBitness says): the name of a file of one installation.
+ * Returns a text of the library's that the next call replaces; null when it is longer than 254
+ * characters and when memory runs out. */
+SIT_API const char *AppendVerLogFile(const char *version, int bitness,
+                                     const char *prefix) SIT_NOEXCEPT;
+
+/* 0: this is not Windows. */
+SIT_API int Is64BitWindows(void) SIT_NOEXCEPT;
+
+/* The bitness that a version text names: 0 on Unix, where none does. */
+SIT_API int GetBitness(const char *version) SIT_NOEXCEPT;
+
 SIT_END_C
 
 #endif

@@ -8,11 +8,14 @@
 #include "sit/commutils.h"
 #include "sit/export.h"
 #include "sit/javaver.h"
+#include "sit/pelsec.h"
 #include "sit/pelver.h"
+#include "sit/prodlic.h"
 #include "sit/session.h"
 #include "sit/sitexec.h"
 #include "sit/situtil.h"
 #include "sit/unixsit.h"
 #include "sit/usysinfo.h"
+#include "sit/websvr.h"
 
 #endif

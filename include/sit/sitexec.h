@@ -87,6 +87,53 @@ SIT_API int GetJavaVers(const char *path, int mode, int final) SIT_NOEXCEPT;
  * installation was found; the report is complete all the same. */
 SIT_API int GetVersInfo(const char *path, int mode, int final, int extra) SIT_NOEXCEPT;
 
+/* The product configuration of the installation that the version key names: its configuration
+ * listing, installer's record and add-ons. `mode` is a bit set as for LogOpen (10007 when it holds
+ * neither 64 nor 1024). Returns 0 without a report when there is no installation at all. */
+SIT_API int GetPelCFGInfo(const char *path, const char *version_key, int mode, int final,
+                          int selector) SIT_NOEXCEPT;
+
+/* A recursive listing of every installation that the version key names. `mode` as for
+ * GetPelCFGInfo; the report always gets its end mark. */
+SIT_API int GetPelInstFiles(const char *path, const char *version_key, int mode, int ignored,
+                            int selector) SIT_NOEXCEPT;
+
+/* "Certificates" and, from release 10.0B on, "Keys" of every installation that the version key
+ * names, releases up to 8 excepted: each opens the report anew. `mode` as for GetPelCFGInfo; the
+ * report always gets its end mark. Returns 0 when no installation matches; the report says so. */
+SIT_API int GetPelSecurityLog(const char *path, const char *version_key, int mode, int ignored,
+                              int selector) SIT_NOEXCEPT;
+
+/* Copies the files of the monitoring installation that the version key names into a new folder in
+ * `directory`, at least 256 bytes, which receives the path of that folder. The report at `path`
+ * is appended to; null stands for a temporary file that stays.
+ * Returns 0, also when no installation matches (the report says so); -1 for a null directory or
+ * key; 10001 when there is no temporary name; the codes of opening the report; the system error
+ * number when the folder cannot be made, ENAMETOOLONG when its path exceeds 255 characters. */
+SIT_API int GetDelvonFiles(const char *path, char *directory, const char *version_key) SIT_NOEXCEPT;
+
+/* ---- Capture ---- */
+
+/* Runs a command, or calls an entry point of a shared library, inside the folder
+ * `capture_name` of `base` (null: the name alone), so that what it prints and the files it writes
+ * are found there. The folder must exist.
+ *   command       command line or library path, at most 509 characters
+ *   entry         entry point of the library
+ *   is_library    non-zero: call the entry point, zero: run the command
+ *   output_file   report in the folder that receives what the command prints; empty for none
+ *   index         report that notes the call and lists the folder afterwards; null for none
+ * Returns 0; 10008 when the command or the path of the folder (255 characters) is too long, which
+ * the index then says; the codes of opening the index or, for a command, the output report. The
+ * working directory is the same afterwards, even if it was removed meanwhile. */
+SIT_API int RunCommand(const char *command, const char *entry, char is_library, const char *base,
+                       const char *capture_name, const char *output_file,
+                       const char *index) SIT_NOEXCEPT;
+
+/* Loads the library at `path`, calls its entry point without arguments and unloads it.
+ * Returns 0, or 1 when it could not be loaded or has no such entry point; `error` then receives a
+ * new text that the caller frees (null when memory ran out). */
+SIT_API int ExecDLLFunction(const char *path, const char *entry, char **error) SIT_NOEXCEPT;
+
 SIT_END_C
 
 #endif

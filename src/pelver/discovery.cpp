@@ -161,15 +161,12 @@ int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
   buffer[0] = '\0';
   const sit::UniqueFd file = sit::open_for_reading(init_file);
   if (!file.is_open()) return errno;
-  sit::PieceReader reader{file.get(), sit::kPieceLength};
+  sit::PieceReader reader{file.get()};
   for (sit::Piece line; reader.next(line);) {
     if (!line.starts_line || !line.text.starts_with(kAssignment)) continue;
     const std::string_view value = sit::without_line_end(sit::tail(line.text, kAssignment.size()));
-    if (!sit::store({buffer, kBytes}, value) || buffer[0] == '\0') return 1;
-    // A line that goes on behind its piece would give a cut directory.
-    if (line.ends_line || !reader.next(line) || sit::without_line_end(line.text).empty()) return 0;
-    buffer[0] = '\0';
-    return 1;
+    const bool stored = !line.goes_on && sit::store({buffer, kBytes}, value);
+    return stored && buffer[0] != '\0' ? 0 : 1;
   }
   return 1;
 }

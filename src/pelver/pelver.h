@@ -23,14 +23,6 @@ void print(FILE* output, std::initializer_list<std::string_view> pieces) noexcep
 [[nodiscard]] bool path_in_installation(const PHMVER& record, std::string_view name, Path& path,
                                         FILE* output) noexcept;
 
-// Whether the file is a shared library for this machine, all of it. Loading one that is cut short
-// would kill the process.
-[[nodiscard]] bool is_whole_library(const char* path) noexcept;
-
-// The installation's version key: how the host names it, and how GetPelVersList lists it.
-// Capacity as a path. False when it does not fit.
-[[nodiscard]] bool version_key(const PHMVER& record, Path& key) noexcept;
-
 // The number that the digits at the start of `text` form, within 16 bits; 0 when there are none.
 [[nodiscard]] short leading_number(std::string_view text) noexcept;
 

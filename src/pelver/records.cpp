@@ -76,15 +76,6 @@ void ParseVerString(const char* version, PHMVER* record) noexcept {
 
 namespace sit {
 
-bool version_key(const PHMVER& record, Path& key) noexcept {
-  const HeapText release = duplicate(text_of(record.version));
-  if (release == nullptr) return false;
-  RmPatchInfoPHM(release.get());
-  const bool is_monitor = (record.flags & PK_MONITOR_MASK) != 0;
-  return key.append(
-      {release.get(), is_monitor ? ":" : "", is_monitor ? text_of(record.pelVersion) : ""});
-}
-
 short leading_number(std::string_view text) noexcept {
   constexpr int kMost = INT16_MAX;
   int number = 0;

@@ -1,20 +1,14 @@
 // The version library of an installation: the product's own code, called by name.
-#include <dlfcn.h>
-#include <elf.h>
-#include <link.h>
-#include <sys/stat.h>
-
 #include <array>
-#include <bit>
-#include <cstring>
+#include <cstdlib>
+#include <string_view>
 
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "files.h"
-#include "handles.h"
 #include "pelver/pelver.h"
 #include "sit/codes.h"
 #include "sit/commutils.h"
+#include "situtil/library.h"
 
 namespace {
 
@@ -24,49 +18,27 @@ constexpr short kSuccess = 1;
 using TextGetter = short (*)(char* buffer, int capacity);
 using NumberGetter = short (*)();
 
-class Library {
- public:
-  explicit Library(const char* path) noexcept
-      : handle_(sit::is_whole_library(path) ? ::dlopen(path, RTLD_LAZY | RTLD_GLOBAL) : nullptr) {}
-  Library(const Library&) = delete;
-  Library& operator=(const Library&) = delete;
-  ~Library() { unload(); }
-
-  [[nodiscard]] bool is_loaded() const noexcept { return handle_ != nullptr; }
-
-  void unload() noexcept {
-    if (handle_ != nullptr) ::dlclose(handle_);
-    handle_ = nullptr;
-  }
-
-  [[nodiscard]] bool has(const char* getter) const noexcept {
-    return ::dlsym(handle_, getter) != nullptr;
-  }
-
-  // The text of a getter; null when it is missing or does not succeed.
-  [[nodiscard]] sit::HeapText text(const char* getter) const noexcept {
-    const auto get = entry_point<TextGetter>(getter);
-    // Room for a terminator behind a text of full capacity.
-    std::array<char, SIT_PATH_BYTES> buffer{};
-    if (get == nullptr || get(buffer.data(), kTextCapacity) != kSuccess) return {};
-    buffer.back() = '\0';
-    return sit::duplicate(buffer.data());
-  }
-
-  // The number of a getter; 0 when it is missing.
-  [[nodiscard]] short number(const char* getter) const noexcept {
-    const auto get = entry_point<NumberGetter>(getter);
-    return get == nullptr ? short{0} : get();
-  }
-
- private:
-  template <typename Function>
-  [[nodiscard]] Function entry_point(const char* name) const noexcept {
-    return std::bit_cast<Function>(::dlsym(handle_, name));
-  }
-
-  void* handle_;
+// What a text getter gave: null when it is missing or does not succeed.
+struct Answer {
+  bool asked = false;
+  sit::HeapText text;
 };
+
+Answer ask_text(sit::Library& library, const char* getter) noexcept {
+  const auto get = library.entry_point<TextGetter>(getter);
+  if (get == nullptr) return {};
+  // Room for a terminator behind a text of full capacity.
+  std::array<char, SIT_PATH_BYTES> buffer{};
+  if (get(buffer.data(), kTextCapacity) != kSuccess) return {true, {}};
+  buffer.back() = '\0';
+  return {true, sit::duplicate(buffer.data())};
+}
+
+// The number of a getter; 0 when it is missing.
+short ask_number(sit::Library& library, const char* getter) noexcept {
+  const auto get = library.entry_point<NumberGetter>(getter);
+  return get == nullptr ? short{0} : get();
+}
 
 struct Decimal {
   explicit Decimal(short value) noexcept { intoal(value, digits.data()); }
@@ -79,59 +51,32 @@ std::string_view first_word(std::string_view text) noexcept {
   return sit::head(word, word.find(' '));
 }
 
-void take_versions(const Library& library, PHMVER& record) noexcept {
-  sit::HeapText version = library.text("getVersion");
-  if (record.version == nullptr) record.version = version.release();
-  if (!library.has("getFullVersion")) return;
-  const sit::HeapText full_version = library.text("getFullVersion");
+void take_versions(sit::Library& library, PHMVER& record) noexcept {
+  Answer version = ask_text(library, "getVersion");
+  if (record.version == nullptr) record.version = version.text.release();
+  const Answer full_version = ask_text(library, "getFullVersion");
+  if (!full_version.asked) return;
   std::free(record.fullVersion);
   record.fullVersion = nullptr;
-  const std::string_view word = first_word(sit::text_of(full_version.get()));
+  const std::string_view word = first_word(sit::text_of(full_version.text.get()));
   if (!word.empty()) sit::replace_field(record.fullVersion, word);
 }
 
-void take_numbers(const Library& library, PHMVER& record) noexcept {
-  record.major = library.number("getMajorNumber");
-  record.minor = library.number("getMinorNumber");
-  record.build = library.number("getBuildNumber");
-  record.servicePack = library.number("getServicePackNumber");
-  record.servicePackMinor = library.number("getTemporaryFixNumber");
-  const sit::HeapText level = library.text("getMaintenanceLevel");
-  sit::replace_field(record.maintLevel, sit::text_of(level.get()));
-}
-
-bool read_at(int fd, off_t offset, void* into, std::size_t count) noexcept {
-  return ::pread(fd, into, count, offset) == static_cast<ssize_t>(count);
-}
-
-bool is_library_header(const ElfW(Ehdr) & header) noexcept {
-  return std::memcmp(header.e_ident, ELFMAG, SELFMAG) == 0 && header.e_type == ET_DYN &&
-         header.e_phentsize == sizeof(ElfW(Phdr));
+void take_numbers(sit::Library& library, PHMVER& record) noexcept {
+  record.major = ask_number(library, "getMajorNumber");
+  record.minor = ask_number(library, "getMinorNumber");
+  record.build = ask_number(library, "getBuildNumber");
+  record.servicePack = ask_number(library, "getServicePackNumber");
+  record.servicePackMinor = ask_number(library, "getTemporaryFixNumber");
+  const Answer level = ask_text(library, "getMaintenanceLevel");
+  sit::replace_field(record.maintLevel, sit::text_of(level.text.get()));
 }
 
 }  // namespace
 
-bool sit::is_whole_library(const char* path) noexcept {
-  const UniqueFd file = open_for_reading(path);
-  struct stat status {};
-  ElfW(Ehdr) header{};
-  if (!file.is_open() || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-      !read_at(file.get(), 0, &header, sizeof header) || !is_library_header(header)) {
-    return false;
-  }
-  const auto size = static_cast<ElfW(Off)>(status.st_size);
-  for (unsigned i = 0; i < header.e_phnum; ++i) {
-    ElfW(Phdr) segment{};
-    const ElfW(Off) offset = header.e_phoff + i * sizeof segment;
-    if (!read_at(file.get(), static_cast<off_t>(offset), &segment, sizeof segment)) return false;
-    if (segment.p_offset > size || segment.p_filesz > size - segment.p_offset) return false;
-  }
-  return true;
-}
-
 extern "C" int getPelVerInfoDLL(PHMVER* record, const char* path, FILE* output) noexcept {
   if (record == nullptr || path == nullptr) return 0;
-  Library library{path};
+  sit::Library library{path};
   if (!library.is_loaded()) {
     sit::print(output, {"Failed to load library ", path, "\n"});
     return 0;

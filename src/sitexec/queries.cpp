@@ -1,7 +1,7 @@
 // Questions about installations.
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "pelver/pelver.h"
+#include "pelver/keys.h"
 #include "session.h"
 #include "sit/sitexec.h"
 #include "sitexec/frame.h"

@@ -1,12 +1,14 @@
 // From a command or a file into the open report.
+#include "situtil/capture.h"
+
 #include <sys/stat.h>
 
+#include <array>
 #include <cerrno>
 
 #include "commfile.h"
 #include "files.h"
 #include "sit/situtil.h"
-#include "situtil/piece_reader.h"
 #include "situtil/temp_file.h"
 
 namespace {
@@ -19,6 +21,17 @@ std::size_t size_at_start(int fd) noexcept {
 }
 
 }  // namespace
+
+void sit::copy_into_report(int fd, std::size_t count) noexcept {
+  std::array<char, 8192> block;
+  std::size_t copied = 0;
+  while (count == 0 || copied < count) {
+    const std::size_t got = read_some(fd, block.data(), block.size());
+    if (got == 0) return;
+    log_bytes({block.data(), got});
+    copied += got;
+  }
+}
 
 extern "C" {
 
@@ -45,13 +58,7 @@ int ReadTextFile(const char* path) noexcept {
   if (path == nullptr) return ENOENT;
   const sit::UniqueFd file = sit::open_for_reading(path);
   if (!file.is_open()) return errno;
-  const std::size_t size = size_at_start(file.get());
-  std::size_t copied = 0;
-  sit::PieceReader reader{file.get(), sit::kPieceLength};
-  for (sit::Piece piece; (size == 0 || copied < size) && reader.next(piece);) {
-    sit::log_bytes(piece.text);
-    copied += piece.text.size();
-  }
+  sit::copy_into_report(file.get(), size_at_start(file.get()));
   return 0;
 }
 

@@ -14,7 +14,7 @@ void PieceReader::fill() noexcept {
   std::memmove(bytes_.data(), bytes_.data() + begin_, held);
   begin_ = 0;
   end_ = held;
-  while (!at_end_ && end_ <= piece_length_) {
+  while (!at_end_ && end_ <= kPieceLength) {
     const std::size_t got = read_some(fd_, bytes_.data() + end_, bytes_.size() - end_);
     at_end_ = got == 0;
     end_ += got;
@@ -25,18 +25,19 @@ bool PieceReader::next(Piece& piece) noexcept {
   const auto newline_ahead = [this]() -> const void* {
     return std::memchr(bytes_.data() + begin_, '\n', end_ - begin_);
   };
-  if (end_ - begin_ <= piece_length_ && newline_ahead() == nullptr) fill();
+  if (end_ - begin_ <= kPieceLength && newline_ahead() == nullptr) fill();
   if (begin_ == end_) return false;
 
   const std::string_view ahead{bytes_.data() + begin_, end_ - begin_};
-  const std::string_view longest = head(ahead, piece_length_);
+  const std::string_view longest = head(ahead, kPieceLength);
   const std::size_t newline = longest.find('\n');
   piece.text = newline == std::string_view::npos ? longest : head(longest, newline + 1);
   piece.starts_line = starts_line_;
-  piece.ends_line =
-      newline != std::string_view::npos || (at_end_ && piece.text.size() == ahead.size());
+  starts_line_ = newline != std::string_view::npos;
+  const std::string_view behind = tail(ahead, piece.text.size());
+  piece.goes_on =
+      !starts_line_ && !behind.empty() && behind.front() != '\n' && behind.front() != '\r';
   begin_ += piece.text.size();
-  starts_line_ = piece.ends_line;
   return true;
 }
 

@@ -13,15 +13,13 @@ inline constexpr std::size_t kPieceLength = 254;
 struct Piece {
   std::string_view text;  // its newline included; valid until the next piece is read
   bool starts_line = true;
-  bool ends_line = false;  // with a newline, or because the text ends here
+  bool goes_on = false;  // more of the line's own text follows: a value at the end may be cut
 };
 
 class PieceReader {
  public:
-  static constexpr std::size_t kMaxPieceLength = 8191;
-
-  // Does not own the descriptor. `piece_length` is at most kMaxPieceLength.
-  PieceReader(int fd, std::size_t piece_length) noexcept : fd_(fd), piece_length_(piece_length) {}
+  // Does not own the descriptor.
+  explicit PieceReader(int fd) noexcept : fd_(fd) {}
 
   // False at the end of the text, or when it cannot be read any further.
   [[nodiscard]] bool next(Piece& piece) noexcept;
@@ -30,12 +28,11 @@ class PieceReader {
   void fill() noexcept;
 
   int fd_;
-  std::size_t piece_length_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
   bool at_end_ = false;
   bool starts_line_ = true;
-  std::array<char, kMaxPieceLength + 1> bytes_;
+  std::array<char, 4096> bytes_;
 };
 
 }  // namespace sit

@@ -96,6 +96,35 @@ void SitTest::TearDown() {
   fs::remove_all(scratch_);
 }
 
+void InstallationTest::SetUp() {
+  SitTest::SetUp();
+  SIT_Initiate();
+  pphm = &record_;
+  set_version("10.1B03");
+  move_to(path("pel"));
+  fs::create_directory(dir_);
+}
+
+void InstallationTest::TearDown() {
+  pphm = nullptr;
+  SitTest::TearDown();
+}
+
+void InstallationTest::move_to(const std::string& dir) {
+  dir_ = dir;
+  record_.dir = dir_.data();
+}
+
+void InstallationTest::set_version(const std::string& version) {
+  version_ = version;
+  record_.version = version_.data();
+}
+
+void make_tool(const fs::path& path, const std::string& script) {
+  write_file(path, "#!/bin/sh\n" + script + "\n");
+  fs::permissions(path, fs::perms::owner_all);
+}
+
 void set_environment(const char* name, const char* value) {
   if (value == nullptr) {
     ::unsetenv(name);

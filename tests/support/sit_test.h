@@ -52,6 +52,26 @@ class SitTest : public testing::Test {
   std::vector<int> descriptors_;
 };
 
+// One installation in the list, of version 10.1B03 and in a folder of its own.
+class InstallationTest : public SitTest {
+ protected:
+  void SetUp() override;
+  void TearDown() override;
+
+  [[nodiscard]] const std::string& dir() const { return dir_; }
+  void move_to(const std::string& dir);
+  void set_version(const std::string& version);
+
+  PHMVER record_{};
+
+ private:
+  std::string dir_;
+  std::string version_;
+};
+
+// Makes a shell script that can be run.
+void make_tool(const std::filesystem::path& path, const std::string& script);
+
 // Sets an environment variable, or removes it when there is no value.
 void set_environment(const char* name, const char* value);
 

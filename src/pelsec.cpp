@@ -1,0 +1,149 @@
+// Certificate and key stores: the installation's own tools list them.
+#include "sit/pelsec.h"
+
+#include <dirent.h>
+
+#include <array>
+#include <cstdarg>
+#include <initializer_list>
+#include <string_view>
+
+#include "commfile.h"
+#include "commutils/bounded_text.h"
+#include "commutils/views.h"
+#include "handles.h"
+#include "sit/codes.h"
+#include "sit/commutils.h"
+#include "sit/situtil.h"
+#include "situtil/path.h"
+#include "situtil/shell.h"
+
+extern "C" {
+char szSSLCTemp[] = "%s x509 -text -in %s%c%s";
+}
+
+namespace {
+
+using ToolCommand = sit::BoundedText<SIT_PATH_BYTES>;
+
+struct Message {
+  std::array<char, SIT_MESSAGE_BYTES> text{};
+};
+
+Message formatted(const char* format, ...) noexcept {
+  Message message;
+  std::va_list arguments;
+  va_start(arguments, format);
+  msgsub(message.text.data(), format, arguments);
+  va_end(arguments);
+  return message;
+}
+
+bool tool_path(const PHMVER& record, std::string_view tool, sit::Path& path) noexcept {
+  return sit::compose(path, "The path", {sit::text_of(record.dir), "/bin//", tool});
+}
+
+bool store_path(const PHMVER& record, std::string_view store, sit::Path& path) noexcept {
+  return sit::compose(path, "The path", {sit::text_of(record.dir), "/", store});
+}
+
+// The command that the template makes of the words. False when a word or the whole does not fit.
+bool certificate_command(const char* tool, const char* store, const char* name,
+                         ToolCommand& command) noexcept {
+  ToolCommand tool_word;
+  ToolCommand store_word;
+  ToolCommand name_word;
+  if (!sit::append_word(tool_word, tool) || !sit::append_word(store_word, store) ||
+      !sit::append_word(name_word, name)) {
+    return false;
+  }
+  const Message whole =
+      formatted(szSSLCTemp, tool_word.c_str(), store_word.c_str(), '/', name_word.c_str());
+  return command.append(whole.text.data());
+}
+
+void log_long_command(std::initializer_list<std::string_view> pieces) noexcept {
+  LogString(sit::TooLong{"The command", pieces, ToolCommand::kMaxLength}.c_str());
+}
+
+void list_certificate(const char* tool, const char* store, const char* name) noexcept {
+  LogMsg("Listing of %s\n\n", name);
+  if (ToolCommand command; certificate_command(tool, store, name, command)) {
+    LogCmdOutput(command.c_str(), nullptr);
+  } else {
+    log_long_command({formatted(szSSLCTemp, tool, store, '/', name).text.data()});
+  }
+  LogMsg("\n\n");
+}
+
+// Lists a whole store with a tool that finds the store by itself.
+void list_store(const char* what, const sit::Path& tool, const sit::Path& store) noexcept {
+  constexpr std::string_view kOptions = " -list -verbose";
+  if (FileExists(tool.c_str()) == 0) {
+    LogMsg("%s does not exist, cannot list %s\n", tool.c_str(), what);
+    return;
+  }
+  LogMsg("Listing of %s in %s\n\n", what, store.c_str());
+  if (ToolCommand command; sit::append_word(command, tool.view()) && command.append(kOptions)) {
+    LogCmdOutput(command.c_str(), nullptr);
+  } else {
+    log_long_command({tool.view(), kOptions});
+  }
+}
+
+}  // namespace
+
+extern "C" {
+
+int LogSecurityInfoPre100B(PHMVER* record) noexcept {
+  if (record == nullptr) return 0;
+  LogTitle("Certificates");
+  sit::Path tool;
+  sit::Path store;
+  if (!tool_path(*record, "sslc", tool) || !store_path(*record, "certs", store)) return 0;
+  if (FileExists(store.c_str()) == 0) {
+    LogMsg("Certificate Store %s does not exist\n\n", store.c_str());
+  } else if (FileExists(tool.c_str()) == 0) {
+    LogMsg("%s does not exist, cannot list certificates\n\n", tool.c_str());
+  } else {
+    LogMsg("Listing of certificates in %s\n\n", store.c_str());
+    getDirCertInfo(tool.c_str(), store.c_str());
+  }
+  return 0;
+}
+
+int LogSecurityInfo100B(PHMVER* record) noexcept {
+  if (record == nullptr) return 0;
+  sit::Path tool;
+  sit::Path store;
+  LogTitle("Certificates");
+  if (store_path(*record, "certs", store) && tool_path(*record, "certutil", tool)) {
+    if (FileExists(store.c_str()) != 0) {
+      list_store("certificates", tool, store);
+    } else {
+      LogMsg("Certificate Store %s does not exist\n\n", store.c_str());
+    }
+  }
+  LogTitle("Keys");
+  if (store_path(*record, "keys", store) && tool_path(*record, "pkiutil", tool)) {
+    if (FileExists(store.c_str()) != 0) {
+      list_store("keys", tool, store);
+    } else {
+      LogMsg("Key Store %s does not exist\n\n", store.c_str());
+    }
+  }
+  return 0;
+}
+
+int getDirCertInfo(const char* tool, const char* store) noexcept {
+  if (tool == nullptr || store == nullptr) return 0;
+  const sit::UniqueDir directory{::opendir(store)};
+  if (directory == nullptr) return 0;
+  while (const dirent* entry = ::readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    if (name.ends_with(".0")) list_certificate(tool, store, entry->d_name);
+  }
+  return 0;
+}
+
+}  // extern "C"

@@ -1,0 +1,57 @@
+// Listings and copies through the shell's own tools.
+#include "situtil/listing.h"
+
+#include <cerrno>
+
+#include "commfile.h"
+#include "commutils/bounded_text.h"
+#include "commutils/views.h"
+#include "sit/situtil.h"
+#include "situtil/shell.h"
+
+namespace {
+
+constexpr std::size_t kListingLength = 255;
+constexpr std::size_t kCommandBytes = 512;
+using Command = sit::BoundedText<kCommandBytes>;
+
+}  // namespace
+
+void sit::list_directory(std::string_view options, std::string_view directory,
+                         std::size_t max_length) noexcept {
+  Command command;
+  if (command.append({"ls ", options, " "}) && append_quoted(command, directory) &&
+      command.size() <= max_length) {
+    LogCmdOutput(command.c_str(), nullptr);
+  } else {
+    LogString(TooLong{"The command", {"ls ", options, " \"", directory, "\""}, max_length}.c_str());
+  }
+  LogMsg("\n");
+}
+
+extern "C" {
+
+int ListFiles(const char* directory, int recursive) noexcept {
+  if (FileExists(directory) == 0) {
+    LogMsg("\nERROR: Directory %s does not exist, errno %d.\n", directory, errno);
+  } else {
+    sit::list_directory(recursive != 0 ? "-lLR" : "-lL", directory, kListingLength);
+  }
+  return 0;
+}
+
+void MyCopy(const char* source, const char* destination) noexcept {
+  Command command;
+  if (!sit::compose(command, "The command",
+                    {"cp ", sit::text_of(source), " ", sit::text_of(destination), "\n"})) {
+    return;
+  }
+  if (FileExists(source) == 0) {
+    LogMsg("\nCannot copy %s because file does not exist.\n", source);
+    return;
+  }
+  LogMsg("\nCopying %s...\n", source);
+  LogCmdOutput(command.c_str(), nullptr);
+}
+
+}  // extern "C"

@@ -1,0 +1,84 @@
+// What the reports on both web servers share.
+#pragma once
+
+#include <string_view>
+
+#include "commutils/bounded_text.h"
+#include "handles.h"
+#include "sit/websvr.h"
+#include "situtil/path.h"
+#include "situtil/piece_reader.h"
+
+namespace sit {
+
+// A value of a configuration line and what follows it, the closing quote left out.
+struct ConfValue {
+  std::string_view text;
+  std::string_view rest;
+  bool is_open = false;  // nothing ended it but the end of the text
+};
+
+// A configuration file, line by line.
+class ConfReader {
+ public:
+  explicit ConfReader(const char* path) noexcept;
+
+  // 0, or why the file could not be opened.
+  [[nodiscard]] int error() const noexcept { return error_; }
+  // The line is valid until the next one is read.
+  [[nodiscard]] bool next(std::string_view& line) noexcept;
+  // Whether a value of this line goes on behind the piece that is read of it. Such a value is not
+  // used; the report says so.
+  [[nodiscard]] bool cuts(const ConfValue& value) const noexcept;
+  // Whether the line itself goes on.
+  [[nodiscard]] bool line_goes_on() const noexcept { return goes_on_; }
+
+ private:
+  const char* path_;
+  UniqueFd file_;
+  int error_;
+  bool goes_on_ = false;
+  PieceReader reader_;
+};
+
+// A line, or a part of one, as a C text: there is always room for it.
+using LineText = BoundedText<kPieceLength + 1>;
+[[nodiscard]] inline LineText line_text(std::string_view part) noexcept {
+  LineText text;
+  static_cast<void>(text.append(part));
+  return text;
+}
+
+[[nodiscard]] ConfValue read_value(std::string_view line) noexcept;
+
+[[nodiscard]] std::string_view without_trailing_slash(std::string_view path) noexcept;
+
+// False when the path does not fit; it is then empty.
+[[nodiscard]] bool make_absolute(Path& absolute, std::string_view path,
+                                 std::string_view base) noexcept;
+
+// Writes a file into the report below `heading`; `failure` takes its path and the error number.
+// Returns what ReadTextFile returns.
+int log_contents(const char* heading, const char* failure, const char* path) noexcept;
+
+// How a server's script directories are reported.
+struct ScriptWords {
+  const char* heading;  // takes the directory and its alias
+  const char* missing;  // takes the directory
+  const char* none;     // takes the configuration file
+};
+
+class ScriptDirectories {
+ public:
+  explicit ScriptDirectories(const ScriptWords& words) noexcept : words_(words) {}
+
+  void list(std::string_view directory, std::string_view alias) noexcept;
+  // At the end of the configuration file.
+  void finish(const char* conf) const noexcept;
+
+ private:
+  ScriptWords words_;
+  bool last_is_empty_ = true;
+};
+
+}  // namespace sit

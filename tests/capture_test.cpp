@@ -1,0 +1,135 @@
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::read_file;
+using test::without_header;
+using test::write_file;
+
+namespace fs = std::filesystem;
+
+class Capturing : public test::SitTest {
+ protected:
+  void SetUp() override {
+    SitTest::SetUp();
+    fs::create_directory(path("cap"));
+    fs::create_directory(path("start"));
+    fs::current_path(path("start"));
+  }
+  void TearDown() override {
+    fs::current_path("/");
+    SitTest::TearDown();
+  }
+  int run(const char* command, const char* output, const char* index) {
+    return RunCommand(command, "", 0, path("").c_str(), "cap", output, index);
+  }
+  // The entry in the index about a run, with the listing of the folder as it is now.
+  [[nodiscard]] std::string entry(const std::string& announcement,
+                                  const std::string& outcome) const {
+    const std::string listing = test::run("cd " + path("") + " && ls -lLR cap").output;
+    return "\n" + announcement + "\n" + outcome + "Files captured:\n" + listing + "\n\n\n\n";
+  }
+};
+
+TEST_F(Capturing, CommandWithOutputAndIndex) {
+  const std::string index = path("index.txt");
+  EXPECT_EQ(run("pwd; echo made > file; exit 3", "out.txt", index.c_str()), 0);
+  EXPECT_EQ(fs::current_path(), path("start"));
+  EXPECT_EQ(without_header(read_file(path("cap/out.txt"))), path("cap") + "\n\n==End of Log==\n");
+  EXPECT_EQ(read_file(path("cap/file")), "made\n");
+  const std::string first =
+      entry("Command: pwd; echo made > file; exit 3\nOutput File: cap/out.txt\n", "");
+  EXPECT_EQ(without_header(read_file(index)), first);
+  EXPECT_EQ(run("echo unseen", "", index.c_str()), 0);
+  EXPECT_EQ(without_header(read_file(index)),
+            first + entry("Command: echo unseen\nOutput File: cap/\n", ""));
+}
+
+TEST_F(Capturing, RelativeIndexMeansOneFile) {
+  EXPECT_EQ(run("true", "out.txt", "index.txt"), 0);
+  EXPECT_EQ(without_header(read_file(path("start/index.txt"))),
+            entry("Command: true\nOutput File: cap/out.txt\n", ""));
+  EXPECT_FALSE(fs::exists(path("cap/index.txt")));
+  // Deeper than a path can name.
+  for (int i = 0; i < 3; ++i) {
+    fs::create_directory(std::string(100, 'd'));
+    fs::current_path(std::string(100, 'd'));
+  }
+  EXPECT_EQ(run("true", "out.txt", "index.txt"), 0);
+  EXPECT_EQ(without_header(read_file("index.txt")),
+            entry("Command: true\nOutput File: cap/out.txt\n", ""));
+  EXPECT_FALSE(fs::exists(path("cap/index.txt")));
+}
+
+TEST_F(Capturing, LibraryEntryPoint) {
+  const std::string index = path("index.txt");
+  fs::copy_file(CAPTURED_LIBRARY, path("cap/lib.so"));
+  write_file(path("cap/short.so"), read_file(CAPTURED_LIBRARY).substr(0, 5000));
+  struct Call {
+    std::string library;
+    const char* entry;
+    std::string outcome;
+  };
+  for (const auto& [library, entry_point, outcome] :
+       {Call{CAPTURED_LIBRARY, "leave_a_file", "DLL completed.\n"},
+        {"lib.so", "leave_a_file", "DLL completed.\n"},
+        {"./lib.so", "nosuch", "DLL failed: ./lib.so: undefined symbol: nosuch\n"},
+        {"/nosuch.so", "x",
+         "DLL failed: /nosuch.so: cannot open shared object file: No such file or directory\n"},
+        {path("cap/short.so"), "x",
+         "DLL failed: " + path("cap/short.so") + ": file is cut short\n"},
+        {"", "leave_a_file", "DLL failed: : no library named\n"},
+        {path("cap"), "x", "DLL failed: " + path("cap") + ": not a regular file\n"}}) {
+    fs::remove(index);
+    fs::remove(path("cap/left"));
+    EXPECT_EQ(
+        RunCommand(library.c_str(), entry_point, 1, path("").c_str(), "cap", "", index.c_str()), 0);
+    EXPECT_EQ(
+        without_header(read_file(index)),
+        entry("DLL Entry Point: " + std::string(entry_point) + "() in " + library + "\n", outcome));
+    EXPECT_EQ(fs::exists(path("cap/left")), outcome == "DLL completed.\n") << library;
+    EXPECT_EQ(fs::current_path(), path("start"));
+  }
+}
+
+TEST_F(Capturing, WhatCannotBeOpened) {
+  EXPECT_EQ(run("touch ran", "out.txt", path("no/index").c_str()), ENOENT);
+  EXPECT_EQ(run("touch ran", "no/out.txt", path("index").c_str()), ENOENT);
+  EXPECT_FALSE(fs::exists(path("cap/ran")));
+  EXPECT_EQ(without_header(read_file(path("index"))),
+            entry("Command: touch ran\nOutput File: cap/no/out.txt\n", ""));
+  EXPECT_EQ(RunCommand("echo x", "", 0, path("").c_str(), "missing", "out.txt", nullptr), 0);
+  EXPECT_EQ(without_header(read_file(path("start/out.txt"))), "x\n\n==End of Log==\n");
+}
+
+TEST_F(Capturing, TextsBeyondTheirCapacity) {
+  const std::string index = path("index");
+  const std::string command = "touch ran #" + std::string(499, 'x');
+  EXPECT_EQ(run(command.c_str(), "o", index.c_str()), SIT_PATH_TOO_LONG);
+  EXPECT_EQ(without_header(read_file(index)),
+            "\nCommand: " + command +
+                "\nOutput File: cap/o\nERROR: The command of 510 characters is longer than 509 and "
+                "is not used: " +
+                command.substr(0, 200) + "...\n\n");
+  EXPECT_EQ(
+      RunCommand("touch ran", "", 0, path("").c_str(), std::string(250, 'n').c_str(), "", nullptr),
+      SIT_PATH_TOO_LONG);
+  EXPECT_FALSE(fs::exists(path("cap/ran")));
+  EXPECT_EQ(run(command.substr(0, 509).c_str(), "o", nullptr), 0);
+  EXPECT_TRUE(fs::exists(path("cap/ran")));
+}
+
+TEST_F(Capturing, WorkingDirectoryRemovedMeanwhile) {
+  const std::string remove = "rmdir " + path("start");
+  EXPECT_EQ(run(remove.c_str(), "o", nullptr), 0);
+  EXPECT_FALSE(fs::exists(path("start")));
+  char buffer[256];
+  EXPECT_EQ(::getcwd(buffer, sizeof buffer), nullptr) << "still there, and gone";
+  EXPECT_EQ(run("true", "o", "index.txt"), ENOENT);
+}
+
+}  // namespace

@@ -1,0 +1,145 @@
+#include <filesystem>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::make_tool;
+using test::read_file;
+using test::without_header;
+using test::write_file;
+
+class Security : public test::InstallationTest {
+ protected:
+  std::string report(const char* key = "10.1B") {
+    std::filesystem::remove(path("r"));
+    EXPECT_EQ(GetPelSecurityLog(path("r").c_str(), key, SIT_CREATE, 0, SEL_ANY), 0);
+    if (!std::filesystem::exists(path("r"))) return "(no report)";
+    const std::string text = without_header(read_file(path("r")));
+    EXPECT_TRUE(text.ends_with("\n==End of Log==\n"));
+    return text.substr(0, text.size() - 16);
+  }
+  [[nodiscard]] std::string tool(const std::string& name) const { return dir() + "/bin//" + name; }
+};
+
+constexpr const char* kCertificates = "Certificates\n============\n\n";
+constexpr const char* kKeys = "Keys\n====\n\n";
+
+TEST_F(Security, FormatForEachRelease) {
+  struct Release {
+    int major;
+    int minor;
+    const char* level;
+    const char* format;
+  };
+  const std::string no_store = "Certificate Store " + dir() + "/certs does not exist\n\n";
+  const std::string before = kCertificates + no_store;
+  const std::string from =
+      kCertificates + no_store + kKeys + "Key Store " + dir() + "/keys does not exist\n\n";
+  for (const auto& [major, minor, level, format] : {Release{8, 3, "", "none"},
+                                                    {0, 0, "", "none"},
+                                                    {9, 1, "E", "before"},
+                                                    {10, 0, "A", "before"},
+                                                    {10, 0, "", "before"},
+                                                    {10, -1, "5", "before"},
+                                                    {10, 0, nullptr, "before"},
+                                                    {10, 0, "B", "from"},
+                                                    {10, 0, "a", "from"},
+                                                    {10, 0, "\xC4", "from"},
+                                                    {10, 1, "A", "from"},
+                                                    {11, 0, "", "from"}}) {
+    std::string maintenance = level == nullptr ? "" : level;
+    record_.major = static_cast<short>(major);
+    record_.minor = static_cast<short>(minor);
+    record_.maintLevel = level == nullptr ? nullptr : maintenance.data();
+    const std::string kind = format;
+    EXPECT_EQ(report(), kind == "none"     ? "(no report)"
+                        : kind == "before" ? before
+                                           : from)
+        << major << "." << minor << maintenance;
+  }
+}
+
+TEST_F(Security, BeforeTenB) {
+  record_.major = 9;
+  write_file(dir() + "/certs/a.0", "first");
+  EXPECT_EQ(report(),
+            kCertificates + tool("sslc") + " does not exist, cannot list certificates\n\n");
+  make_tool(dir() + "/bin/sslc", "echo \"$1 $2 $3:\"; cat \"$4\"; exit 1");
+  for (const char* skipped : {"x.10", "x.0.bak", "x.pem", "plain"})
+    write_file(dir() + "/certs/" + skipped, "");
+  const std::string listing =
+      kCertificates + ("Listing of certificates in " + dir()) + "/certs\n\n";
+  EXPECT_EQ(report(), listing + "Listing of a.0\n\nx509 -text -in:\nfirst\n\n");
+  std::filesystem::remove(dir() + "/certs/a.0");
+  write_file(dir() + "/certs/b; echo $HOME.0", "blank");
+  EXPECT_EQ(report(), listing + "Listing of b; echo $HOME.0\n\nx509 -text -in:\nblank\n\n");
+  std::filesystem::remove_all(dir() + "/certs");
+  write_file(dir() + "/certs", "not a directory");
+  EXPECT_EQ(report(), listing);
+}
+
+TEST_F(Security, FromTenB) {
+  record_.major = 11;
+  write_file(dir() + "/certs/x", "");
+  write_file(dir() + "/keys/x", "");
+  EXPECT_EQ(report(), kCertificates + tool("certutil") +
+                          " does not exist, cannot list certificates\n" + kKeys + tool("pkiutil") +
+                          " does not exist, cannot list keys\n");
+  make_tool(dir() + "/bin/certutil", "echo \"certs $*\"; exit 9");
+  make_tool(dir() + "/bin/pkiutil", "echo \"keys $*\" >&2");
+  EXPECT_EQ(report(), kCertificates + ("Listing of certificates in " + dir()) +
+                          "/certs\n\ncerts -list -verbose\n" + kKeys + "Listing of keys in " +
+                          dir() + "/keys\n\nkeys -list -verbose\n");
+}
+
+TEST_F(Security, ThousandsOfEntries) {
+  record_.major = 9;
+  make_tool(dir() + "/bin/sslc", "echo shown");
+  for (int i = 0; i < 3000; ++i) write_file(dir() + "/certs/" + std::to_string(i) + ".pem", "");
+  for (int i = 0; i < 20; ++i) write_file(dir() + "/certs/" + std::to_string(i) + ".0", "");
+  const std::string text = report();
+  std::size_t shown = 0;
+  for (std::size_t at = text.find("\n\nshown\n\n\n"); at != std::string::npos;
+       at = text.find("\n\nshown\n\n\n", at + 1)) {
+    ++shown;
+  }
+  EXPECT_EQ(shown, 20U);
+}
+
+TEST_F(Security, CommandBeyondItsCapacity) {
+  const std::string tool = "/" + std::string(240, 't');
+  write_file(path("certs/a.0"), "");
+  const std::string command = tool + " x509 -text -in " + path("certs") + "/a.0";
+  EXPECT_EQ(written_by([&] { getDirCertInfo(tool.c_str(), path("certs").c_str()); }),
+            "Listing of a.0\n\nERROR: The command of " + std::to_string(command.size()) +
+                " characters is longer than 255 and is not used: " + command.substr(0, 200) +
+                "...\n\n\n");
+  // Quoted it does not fit, and unquoted it must not run.
+  std::filesystem::remove(path("certs/a.0"));
+  const std::string name = "a;touch ran;" + std::string(125, '$') + ".0";
+  write_file(path("certs/" + name), "");
+  const std::string text = written_by([&] { getDirCertInfo("t", path("certs").c_str()); });
+  EXPECT_TRUE(text.starts_with("Listing of " + name + "\n\nERROR: The command of ")) << text;
+  EXPECT_FALSE(std::filesystem::exists("ran"));
+  record_.major = 11;
+  move_to(path(std::string(235 - path("").size(), 'd') + " d"));
+  write_file(dir() + "/certs/x", "");
+  write_file(dir() + "/bin/certutil", "");
+  EXPECT_NE(report().find("\n\nERROR: The command of "), std::string::npos);
+}
+
+TEST_F(Security, ResultCodes) {
+  record_.major = 9;
+  EXPECT_EQ(GetPelSecurityLog("", "10.1B", 64, 0, SEL_ANY), SIT_NO_REPORT_PATH);
+  EXPECT_EQ(GetPelSecurityLog(path("r").c_str(), "10.1B", 0, 0, SEL_ANY), SIT_BAD_OPEN_MODE);
+  EXPECT_EQ(GetPelSecurityLog(path("no/r").c_str(), "10.1B", 64, 0, SEL_ANY), ENOENT);
+  EXPECT_EQ(GetPelSecurityLog(path("r").c_str(), "9", 0, 0, SEL_ANY), 0);
+  EXPECT_EQ(report("9:x"), "Could not find any installation that matches 9 x \n");
+  PHMVER unreported = record_;
+  unreported.major = 8;
+  record_.next = &unreported;
+  EXPECT_EQ(GetPelSecurityLog(path("no/r").c_str(), "10.1B", 64, 0, SEL_ANY), ENOENT);
+}
+
+}  // namespace
