@@ -2,6 +2,7 @@
 
 #include "signature.h"
 #include "sit/sitexec.h"
+#include "sit/websvr.h"
 
 namespace host {
 namespace {
@@ -10,6 +11,7 @@ using Names = std::vector<std::string>;
 
 std::vector<Entry> make_catalogue() {
   const Names report{"report path", "mode", "final"};
+  const Names installation{"report path", "version key", "mode", "ignored", "product selector"};
   return {
       with_signature<decltype(::SIT_Initiate)>(
           {.name = "SIT_Initiate", .writes = "nothing; makes the session"}),
@@ -68,6 +70,34 @@ std::vector<Entry> make_catalogue() {
           {.name = "GetPelVers", .argument_names = report, .writes = "\"Pelloran Versions\""}),
       with_signature<decltype(::GetJavaVers)>(
           {.name = "GetJavaVers", .argument_names = report, .writes = "\"Java Versions\""}),
+      with_signature<decltype(::GetPelCFGInfo)>(
+          {.name = "GetPelCFGInfo",
+           .argument_names = {"report path", "version key", "mode", "final", "product selector"},
+           .writes = "the configuration, installer's record and add-ons of one installation"}),
+      with_signature<decltype(::GetPelInstFiles)>({.name = "GetPelInstFiles",
+                                                   .argument_names = installation,
+                                                   .writes = "the files of an installation"}),
+      with_signature<decltype(::GetPelSecurityLog)>(
+          {.name = "GetPelSecurityLog",
+           .argument_names = installation,
+           .writes = "\"Certificates\" and \"Keys\" of an installation"}),
+      with_signature<decltype(::GetDelvonFiles), Owner::kPlugin, Buffer::kChanged>(
+          {.name = "GetDelvonFiles",
+           .argument_names = {"report path or null", "directory", "version key"},
+           .writes = "copies of a monitoring installation's files into a new folder"}),
+      with_signature<decltype(::GetNetscapeInfo)>(
+          {.name = "GetNetscapeInfo",
+           .argument_names = {"report path", "server root", "server name"},
+           .writes = "\"Netscape/iPlanet Configuration\""}),
+      with_signature<decltype(::GetApacheInfo)>(
+          {.name = "GetApacheInfo",
+           .argument_names = {"report path", "server root"},
+           .writes = "\"Apache Configuration\", \"Apache ScriptAlias Directory Listings\""}),
+      with_signature<decltype(::RunCommand)>(
+          {.name = "RunCommand",
+           .argument_names = {"command", "entry point", "is library", "base or null",
+                              "capture folder", "output file", "index or null"},
+           .writes = "what a command prints, or a library's entry point leaves, in a folder"}),
   };
 }
 

@@ -13,6 +13,7 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <sstream>
 #include <system_error>
 
 #include "meaning.h"
@@ -63,26 +64,37 @@ std::filesystem::path make_folder(const std::filesystem::path& parent) {
                 std::generic_category().message(errno));
 }
 
-// Without an installation the reports are about the machine alone.
-void prepare(const Plugin& plugin, const CollectOptions& options) {
+std::vector<std::string> split(const std::string& text, char separator) {
+  std::vector<std::string> fields;
+  std::istringstream stream(text);
+  for (std::string field; std::getline(stream, field, separator);) fields.push_back(field);
+  return fields;
+}
+
+// Returns the version keys of the installations. Without any, the reports are about the machine
+// alone.
+std::vector<std::string> prepare(const Plugin& plugin, const CollectOptions& options) {
   if (options.verbose) plugin.function<decltype(::SetVerboseMode)>("SetVerboseMode")(1);
-  const auto list_versions = plugin.function<decltype(::GetPelVersList)>("GetPelVersList");
-  std::free(list_versions(SEL_ANY));
-  if (plugin.variable<PHMVER*>("pphm") != nullptr) return;
-  plugin.function<decltype(::SetPelloranIndependent)>("SetPelloranIndependent")(1);
-  std::cout << "No Pelloran installation found; collecting product-independent information.\n"
-            << std::flush;
+  const std::unique_ptr<char, decltype(&std::free)> keys(
+      plugin.function<decltype(::GetPelVersList)>("GetPelVersList")(SEL_ANY), &std::free);
+  if (plugin.variable<PHMVER*>("pphm") == nullptr) {
+    plugin.function<decltype(::SetPelloranIndependent)>("SetPelloranIndependent")(1);
+    std::cout << "No Pelloran installation found; collecting product-independent information.\n"
+              << std::flush;
+  }
+  return keys == nullptr ? std::vector<std::string>{} : split(keys.get(), ',');
 }
 
 Done run(const Plugin& plugin, const Step& step, const std::filesystem::path& folder,
          const std::string& label, bool live) {
   const std::filesystem::path report = folder / step.file;
+  std::filesystem::create_directories(report.parent_path());
   const auto start = std::chrono::steady_clock::now();
   int code = 0;
   {
     std::optional<LiveLine> line;
     if (live) line.emplace(label, report);
-    code = step.run(plugin, report.c_str());
+    code = step.run(plugin, report);
   }
   const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
   std::error_code missing;
@@ -91,16 +103,22 @@ Done run(const Plugin& plugin, const Step& step, const std::filesystem::path& fo
 }
 
 void print_table(const std::vector<Done>& steps) {
-  std::cout << "\n"
-            << std::left << std::setw(16) << "Step" << std::right << std::setw(7) << "Result"
-            << std::setw(9) << "Seconds" << std::setw(10) << "Bytes"
-            << "  " << std::left << std::setw(18) << "File"
-            << "Meaning\n";
+  std::size_t file_width = 4;
   for (const Done& done : steps) {
-    std::cout << std::left << std::setw(16) << done.step.command << std::right << std::setw(7)
-              << done.code << std::setw(9) << std::fixed << std::setprecision(2) << done.seconds
-              << std::setw(10) << done.bytes << "  " << std::left << std::setw(18) << done.step.file
-              << meaning_of(done.code) << "\n";
+    file_width = std::max(file_width, done.step.file.string().size());
+  }
+  const auto row = [file_width](const auto& step, const auto& code, const auto& seconds,
+                                const auto& bytes, const std::string& file,
+                                const std::string& meaning) {
+    std::cout << std::left << std::setw(19) << step << std::right << std::setw(7) << code
+              << std::setw(9) << seconds << std::setw(10) << bytes << "  " << std::left
+              << std::setw(static_cast<int>(file_width) + 2) << file << meaning << "\n";
+  };
+  std::cout << "\n" << std::fixed << std::setprecision(2);
+  row("Step", "Result", "Seconds", "Bytes", "File", "Meaning");
+  for (const Done& done : steps) {
+    row(done.step.command, done.code, done.seconds, done.bytes, done.step.file.string(),
+        meaning_of(done.code));
   }
 }
 
@@ -110,9 +128,9 @@ int collect(const Plugin& plugin, const CollectOptions& options) {
   ::umask(kOwnerOnlyMask);
   const std::filesystem::path folder = make_folder(options.output);
   const bool live = ::isatty(STDOUT_FILENO) != 0;
-  prepare(plugin, options);
+  const std::vector<std::string> keys = prepare(plugin, options);
 
-  const std::vector<Step> steps = collection_steps();
+  const std::vector<Step> steps = collection_steps(keys, options.wishes);
   std::vector<Done> finished;
   for (const Step& step : steps) {
     const std::string label = "step " + std::to_string(finished.size() + 1) + " of " +

@@ -4,12 +4,14 @@
 #include <filesystem>
 
 #include "plugin.h"
+#include "steps.h"
 
 namespace host {
 
 struct CollectOptions {
   std::filesystem::path output = ".";
   bool verbose = false;
+  Wishes wishes = {};
 };
 
 // Returns the exit status: 0 when all went well, 1 when a step failed.

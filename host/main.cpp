@@ -3,6 +3,9 @@
 #include <exception>
 #include <iostream>
 #include <optional>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "call.h"
 #include "catalogue.h"
@@ -17,6 +20,8 @@ struct CommandLine {
   std::optional<std::filesystem::path> plugin;
   bool version = false;
   host::CollectOptions collect;
+  std::vector<std::string> netscape;
+  std::vector<std::string> libraries;
   bool independent = false;
   std::string call_name;
 };
@@ -33,6 +38,16 @@ void describe(CLI::App& app, CommandLine& line) {
   CLI::App* collect = app.add_subcommand("collect", "write this machine's reports into a folder");
   add_plugin_option(*collect);
   collect->add_option("--output", line.collect.output, "where the folder is made (default: here)");
+  const auto add_wish = [collect](const char* name, std::vector<std::string>& values,
+                                  const char* what, const char* form) {
+    collect->add_option(name, values, what)->type_name(form)->allow_extra_args(false);
+  };
+  add_wish("--netscape", line.netscape, "a Netscape/iPlanet server", "ROOT[,NAME]");
+  add_wish("--apache", line.collect.wishes.apache, "an Apache server", "ROOT");
+  add_wish("--capture", line.collect.wishes.commands, "run a command, keep what it prints",
+           "COMMAND");
+  add_wish("--capture-library", line.libraries, "call an entry point, keep the files it writes",
+           "PATH,ENTRY");
   collect->add_flag("--verbose", line.collect.verbose, "diagnostic lines in the reports");
 
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
@@ -44,6 +59,25 @@ void describe(CLI::App& app, CommandLine& line) {
   call->prefix_command();
 
   app.add_subcommand("list", "show the catalogue: functions, arguments, what each writes");
+}
+
+// Takes a text apart at its last comma.
+std::pair<std::string, std::string> pair_of(const std::string& text) {
+  const std::size_t comma = text.rfind(',');
+  if (comma == std::string::npos) return {text, ""};
+  return {text.substr(0, comma), text.substr(comma + 1)};
+}
+
+void complete(CommandLine& line) {
+  for (const std::string& text : line.netscape) {
+    line.collect.wishes.netscape.push_back(pair_of(text));
+  }
+  for (const std::string& text : line.libraries) {
+    line.collect.wishes.libraries.push_back(pair_of(text));
+    if (line.collect.wishes.libraries.back().second.empty()) {
+      throw host::UsageError("--capture-library takes PATH,ENTRY, not \"" + text + "\"");
+    }
+  }
 }
 
 int run_chosen(const CLI::App& app, const CommandLine& line) {
@@ -76,6 +110,7 @@ int run(int argc, char** argv) {
     if (!line.version && app.get_subcommands().empty()) {
       throw host::UsageError("nothing to do; try sit --help");
     }
+    complete(line);
     return run_chosen(app, line);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kWrongUsage;
