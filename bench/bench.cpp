@@ -41,7 +41,7 @@ void compare(const char* what, const Work& ours, const char* peer_name, const Wo
   }
   const double our_time = median(our_times);
   const double peer_time = median(peer_times);
-  std::printf("%-28s %9.3f ms   %-28s %9.3f ms   ratio %5.2f (limit %.2f)\n", what, our_time * 1e3,
+  std::printf("%-30s %9.3f ms   %-28s %9.3f ms   ratio %5.2f (limit %.2f)\n", what, our_time * 1e3,
               peer_name, peer_time * 1e3, our_time / peer_time, limit);
 }
 
@@ -61,6 +61,58 @@ std::string shell_script(const std::string& output) {
   return script;
 }
 
+void make_files(const fs::path& root, int count) {
+  constexpr int kPerFolder = 500;
+  for (int i = 0; i < count; ++i) {
+    const fs::path folder = root / ("folder" + std::to_string(i / kPerFolder));
+    if (i % kPerFolder == 0) fs::create_directories(folder);
+    std::ofstream(folder / ("file" + std::to_string(i))) << i;
+  }
+}
+
+// An old installation whose certificates are listed one by one, through openssl.
+void make_store(const fs::path& root, int count) {
+  fs::create_directories(root / "certs");
+  fs::create_directories(root / "bin");
+  const std::string certificate = (root / "certs/0.0").string();
+  const std::string make = "openssl req -x509 -newkey ed25519 -nodes -subj /CN=bench -keyout " +
+                           (root / "key").string() + " -out " + certificate + " 2> /dev/null";
+  if (std::system(make.c_str()) != 0) return;
+  for (int i = 1; i < count; ++i) {
+    fs::copy_file(certificate, root / "certs" / (std::to_string(i) + ".0"));
+  }
+  std::ofstream(root / "bin/sslc") << "#!/bin/sh\nexec openssl \"$@\"\n";
+  fs::permissions(root / "bin/sslc", fs::perms::owner_all);
+}
+
+void compare_installations(const std::string& folder, const std::string& report) {
+  constexpr int kFiles = 50000;
+  constexpr int kCertificates = 200;
+  std::string version = "9.1E";
+  std::string files = folder + "/files";
+  std::string store = folder + "/store";
+  make_files(files, kFiles);
+  make_store(store, kCertificates);
+  PHMVER record{};
+  record.version = version.data();
+  record.major = 9;
+  pphm = &record;
+  record.dir = files.data();
+  const std::string list = "ls -lLR " + files + " > " + folder + "/listing";
+  compare(
+      "GetPelInstFiles, 50,000 files",
+      [&] { GetPelInstFiles(report.c_str(), "9.1E", 64, 0, SEL_ANY); }, "ls -lLR into a file",
+      [&] { static_cast<void>(std::system(list.c_str())); }, 1.5, 5);
+  record.dir = store.data();
+  const std::string loop = "for f in " + store + "/certs/*.0; do " + store +
+                           "/bin/sslc x509 -text -in $f; done > " + folder + "/listing 2>&1";
+  compare(
+      "GetPelSecurityLog, 200 certs",
+      [&] { GetPelSecurityLog(report.c_str(), "9.1E", 64, 0, SEL_ANY); },
+      "a shell loop over the tool", [&] { static_cast<void>(std::system(loop.c_str())); }, 1.2, 5);
+  pphm = nullptr;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -78,6 +130,7 @@ int main(int argc, char** argv) {
       "execcmd of true", [&] { execcmd("true", (folder + "/out").c_str()); }, "system of true",
       [&] { static_cast<void>(std::system(("true > " + folder + "/out 2>&1").c_str())); }, 1.3,
       501);
+  compare_installations(folder, report);
   std::printf("Peak memory of a C host during GetSysInfo (limit 8192 kB): ");
   std::fflush(stdout);
   const std::string host = std::string(argv[1]) + " " + argv[2] + " " + report;
