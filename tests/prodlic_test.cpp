@@ -208,13 +208,12 @@ class Monitor : public test::InstallationTest {
     target.resize(256);
     std::filesystem::remove(path("r"));
     const int result = GetDelvonFiles(path("r").c_str(), target.data(), key);
-    target_ = target.c_str();
+    target.resize(target.find('\0'));
+    target_ = target;
     return result;
   }
   [[nodiscard]] std::string text() const { return without_header(read_file(path("r"))); }
-  [[nodiscard]] std::string copying(const std::string& file) const {
-    return "\nCopying " + file + "...\n";
-  }
+  static std::string copying(const std::string& file) { return "\nCopying " + file + "...\n"; }
 
   PHMVER delvon_{};
   std::string delvon_version_ = "2.1A01";

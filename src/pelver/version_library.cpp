@@ -25,13 +25,16 @@ struct Answer {
 };
 
 Answer ask_text(sit::Library& library, const char* getter) noexcept {
+  Answer answer;
   const auto get = library.entry_point<TextGetter>(getter);
-  if (get == nullptr) return {};
+  if (get == nullptr) return answer;
+  answer.asked = true;
   // Room for a terminator behind a text of full capacity.
   std::array<char, SIT_PATH_BYTES> buffer{};
-  if (get(buffer.data(), kTextCapacity) != kSuccess) return {true, {}};
+  const bool succeeded = get(buffer.data(), kTextCapacity) == kSuccess;
   buffer.back() = '\0';
-  return {true, sit::duplicate(buffer.data())};
+  if (succeeded) answer.text = sit::duplicate(buffer.data());
+  return answer;
 }
 
 // The number of a getter; 0 when it is missing.

@@ -87,7 +87,7 @@ void run_listing_tool(const PHMVER& record) noexcept {
   if (!sit::append_quoted(command, tool.view()) || !command.append(" ") ||
       !sit::append_quoted(command, configuration)) {
     LogString(sit::TooLong{
-        "The command", {"\"", tool.view(), "\" \"", configuration, "\""}, command.kMaxLength}
+        "The command", {"\"", tool.view(), "\" \"", configuration, "\""}, kCommandBytes - 1}
                   .c_str());
     return;
   }
