@@ -80,8 +80,7 @@ TEST_F(Host, CollectsTheSampleInstallation) {
 }
 
 TEST_F(Host, ShowsALiveLineOnATerminal) {
-  test::write_file(path("bin/uname"), "#!/bin/sh\nsleep 1\n");
-  std::filesystem::permissions(path("bin/uname"), std::filesystem::perms::owner_all);
+  test::make_tool(path("bin/uname"), "sleep 1");
   const Ran ran = run("PATH=" + path("bin") + ":$PATH script -qec '" HOST " collect --output " +
                       path("out") + "' /dev/null");
   EXPECT_EQ(ran.status, 0);

@@ -4,7 +4,7 @@
 #include <cerrno>
 #include <cstdlib>
 #include <filesystem>
-#include <memory>
+#include <tuple>
 
 #include "support/sit_test.h"
 
@@ -12,12 +12,8 @@ namespace {
 
 using test::read_file;
 using test::set_environment;
+using test::taken;
 using test::write_file;
-
-std::string taken(char* text) {
-  const std::unique_ptr<char, decltype(&std::free)> owner(text, &std::free);
-  return text == nullptr ? "(null)" : text;
-}
 
 std::string text_of(const char* text) { return text == nullptr ? "(null)" : text; }
 
@@ -45,46 +41,35 @@ class Discovery : public test::SitTest {
 };
 
 TEST_F(Discovery, VersionFiles) {
-  struct Case {
-    std::string content;
-    std::string version;
-    int major;
-    int minor;
-    std::string message;
-  };
-  const std::string from = "\nExtracted from " + version_file() + "\n\n";
-  const auto no_string = [&](const std::string& shown) {
-    return "Unable to find version string in '" + shown + "'" + from;
-  };
-  const auto no_number = [&](const std::string& shown) {
-    return "Unable to find version number in '" + shown + "'" + from;
-  };
-  const std::string at_limit = "Version " + std::string(70, '7');
-  const Case cases[] = {
-      {"Pelloran Version 10.1B03 as of a date\n", "10.1B03", 10, 1,
-       "Pelloran Version: 10.1B03" + from},
-      {"PELLORAN VERSION 9.1D09 as of", "9.1D09", 9, 1, "Pelloran Version: 9.1D09" + from},
-      {"The Server 10.2 build", "10.2", 10, 0, "Pelloran Version: 10.2" + from},
-      {"Release  9.2B y", " 9.2B", 9, 2, "Pelloran Version:  9.2B" + from},
-      {at_limit + " ", std::string(70, '7'), 0, 0,
-       "Pelloran Version: " + std::string(70, '7') + from},
-      {at_limit + "7 ", "(null)", 0, 0, no_number(at_limit + "7 ")},
-      {"Pelloran Release 10.2B", "(null)", 0, 0, no_number("Pelloran Release 10.2B")},
-      {"Version", "(null)", 0, 0, no_number("Version")},
-      {"", "(null)", 0, 0, no_string("")},
-      {"no such word\n", "(null)", 0, 0, no_string("no such word\n")},
-      {std::string(78, '.') + "Version 1.2 x", "(null)", 0, 0,
-       no_string(std::string(78, '.') + "Ve")},
-      {std::string("\x7f\0\x01 Ver\0 1.\0 2", 14), "1.", 1, 0, "Pelloran Version: 1." + from}};
-  for (const Case& expected : cases) {
-    write_file(version_file(), expected.content);
+  const std::string string = "Unable to find version string in '";
+  const std::string number = "Unable to find version number in '";
+  const std::string sevens(70, '7');
+  const std::string dots(78, '.');
+  // The content, what the message begins with, the version or the text shown, and its numbers.
+  const std::tuple<std::string, std::string, std::string, int, int> files[] = {
+      {"Pelloran Version 10.1B03 as of a date\n", "", "10.1B03", 10, 1},
+      {"PELLORAN VERSION 9.1D09 as of", "", "9.1D09", 9, 1},
+      {"The Server 10.2 build", "", "10.2", 10, 0},
+      {"Release  9.2B y", "", " 9.2B", 9, 2},
+      {std::string("\x7f\0\x01 Ver\0 1.\0 2", 14), "", "1.", 1, 0},
+      {"Version " + sevens + " ", "", sevens, 0, 0},
+      {"Version " + sevens + "7 ", number, "Version " + sevens + "7 ", 0, 0},
+      {"Pelloran Release 10.2B", number, "Pelloran Release 10.2B", 0, 0},
+      {"Version", number, "Version", 0, 0},
+      {"", string, "", 0, 0},
+      {"no such word\n", string, "no such word\n", 0, 0},
+      {dots + "Version 1.2 x", string, dots + "Ve", 0, 0}};
+  for (const auto& [content, problem, shown, major, minor] : files) {
+    write_file(version_file(), content);
     pphm = nullptr;
-    EXPECT_EQ(discover(), using_phm() + expected.message);
+    EXPECT_EQ(discover(),
+              using_phm() +
+                  (problem.empty() ? "Pelloran Version: " + shown : problem + shown + "'") +
+                  "\nExtracted from " + version_file() + "\n\n");
     ASSERT_NE(pphm, nullptr);
-    EXPECT_EQ(text_of(pphm->version), expected.version);
-    EXPECT_EQ(text_of(pphm->fullVersion), expected.version);
-    EXPECT_EQ(pphm->major, expected.major);
-    EXPECT_EQ(pphm->minor, expected.minor);
+    EXPECT_EQ(text_of(pphm->version), problem.empty() ? shown : "(null)");
+    EXPECT_EQ(text_of(pphm->fullVersion), text_of(pphm->version));
+    EXPECT_EQ((std::pair<int, int>(pphm->major, pphm->minor)), std::pair(major, minor));
     EXPECT_STREQ(pphm->maintLevel, "");
     EXPECT_EQ(pphm->dir, installation_);
   }
@@ -113,11 +98,11 @@ TEST_F(Discovery, SoundVersionLibraries) {
   put_library(VERSION_LIBRARY_BARE);
   EXPECT_EQ(discover(),
             using_phm() + "Pelloran Version: 9.1D09\nExtracted from versioninfo.dll\n" + zeros);
-  std::unique_ptr<PHMVER, decltype(&std::free)> known(createPHMVER(), &std::free);
-  known->fullVersion = ::strdup("10.1B03 kept");
-  EXPECT_EQ(getPelVerInfoDLL(known.get(), library().c_str(), nullptr), 1);
-  EXPECT_STREQ(known->fullVersion, "10.1B03 kept") << "the library has no full version";
-  for (char* text : {known->version, known->fullVersion, known->maintLevel}) std::free(text);
+  PHMVER known{};
+  known.fullVersion = ::strdup("10.1B03 kept");
+  EXPECT_EQ(getPelVerInfoDLL(&known, library().c_str(), nullptr), 1);
+  EXPECT_STREQ(known.fullVersion, "10.1B03 kept") << "the library has no full version";
+  for (char* text : {known.version, known.fullVersion, known.maintLevel}) std::free(text);
   put_library(VERSION_LIBRARY_FAILING);
   EXPECT_EQ(discover(), using_phm() + "Unable to extract version from " + library() + "\n" + zeros);
   EXPECT_EQ(pphm->version, nullptr);
@@ -126,16 +111,10 @@ TEST_F(Discovery, SoundVersionLibraries) {
 TEST_F(Discovery, BrokenVersionLibrariesFallBackToTheVersionFile) {
   write_file(version_file(), "Pelloran Version 10.1B03 as of");
   const std::string sound = read_file(VERSION_LIBRARY_WHOLE);
-  const std::string contents[] = {"",
-                                  "not a library",
-                                  sound.substr(0, 40),
-                                  sound.substr(0, 200),
-                                  sound.substr(0, 4096),
-                                  sound.substr(0, 0x2100),
-                                  "\x7f"
-                                  "ELF" +
-                                      std::string(6000, '\xff'),
-                                  read_file(HOST).substr(0, 64) + std::string(6000, '\0')};
+  std::vector<std::string> contents = {sound.substr(0, 4) + std::string(6000, '\xff'),
+                                       "not a library",
+                                       read_file(HOST).substr(0, 64) + std::string(6000, '\0')};
+  for (const int size : {0, 40, 200, 4096, 0x2100}) contents.push_back(sound.substr(0, size));
   for (const std::string& content : contents) {
     write_file(library(), content);
     EXPECT_EQ(discover(), using_phm() + "Failed to load library " + library() +
@@ -292,22 +271,14 @@ TEST(Records, VersionTexts) {
     RmPatchInfoPHM(version.data());
     EXPECT_STREQ(version.c_str(), release.c_str());
   }
-  struct Parsed {
-    const char* text;
-    int major;
-    int minor;
-  };
-  for (const auto& [text, major, minor] : {Parsed{"10", -1, -1},
-                                           {"10.2", 10, -1},
-                                           {"10.2B", 10, 2},
-                                           {"10.B", 10, 0},
-                                           {".5x", 0, 5},
-                                           {"99999999999.1x", 32767, 1}}) {
+  const std::tuple<const char*, int, int> parsed[] = {
+      {"10", -1, -1},  {"10.2", 10, -1}, {"10.2B", 10, 2},
+      {"10.B", 10, 0}, {".5x", 0, 5},    {"99999999999.1x", 32767, 1}};
+  for (const auto& [text, major, minor] : parsed) {
     PHMVER record{};
     record.major = record.minor = -1;
     ParseVerString(text, &record);
-    EXPECT_EQ(record.major, major) << text;
-    EXPECT_EQ(record.minor, minor) << text;
+    EXPECT_EQ((std::pair<int, int>(record.major, record.minor)), std::pair(major, minor)) << text;
   }
 }
 
@@ -326,11 +297,10 @@ TEST_F(Discovery, FrameworkVersionFile) {
   put_library(VERSION_LIBRARY_WHOLE);
   write_file(installation_ + "/embversion", "Framework Version 1.2C07 as of");
   write_file(version_file(), "Pelloran Version 10.1B03 as of");
-  for (const auto& [version, message] :
-       {std::pair{"1.0",
-                  "Ambrelis Version: 1.2C07\nExtracted from " + installation_ + "/embversion\n\n"},
-        {"", "Pelloran Version: 10.1B03\nExtracted from " + version_file() + "\n\n"},
-        {"2.0", "Pelloran Version: 10.1B03\nExtracted from " + version_file() + "\n\n"}}) {
+  const std::string own =
+      "Ambrelis Version: 1.2C07\nExtracted from " + installation_ + "/embversion\n\n";
+  const std::string other = "Pelloran Version: 10.1B03\nExtracted from " + version_file() + "\n\n";
+  for (const auto& [version, message] : {std::pair{"1.0", own}, {"", other}, {"2.0", other}}) {
     PHMVER* record = createPHMVER();
     addPHMVERToList(&pphm, record);
     record->dir = ::strdup(installation_.c_str());

@@ -16,15 +16,16 @@ extern "C" int layouts_agree_in_c(const PlatformOps* table);
 class Session : public test::SitTest {};
 
 TEST_F(Session, RecordLayouts) {
-  EXPECT_EQ(offsetof(SitSession, errorText), 768U);
-  EXPECT_EQ(offsetof(SitSession, osVersion), 776U);
-  EXPECT_EQ(offsetof(SitSession, versionsText), 1032U);
-  EXPECT_EQ(offsetof(SitSession, osFlags), 1040U);
-  EXPECT_EQ(offsetof(PHMVER, maintLevel), 24U);
-  EXPECT_EQ(offsetof(PHMVER, bitness), 40U);
-  EXPECT_EQ(offsetof(PHMVER, fullVersion), 48U);
-  EXPECT_EQ(offsetof(PHMVER, pluginsFile), 64U);
-  EXPECT_EQ(offsetof(PHMVER, next), 104U);
+  const std::pair<std::size_t, std::size_t> offsets[] = {{offsetof(SitSession, errorText), 768},
+                                                         {offsetof(SitSession, osVersion), 776},
+                                                         {offsetof(SitSession, versionsText), 1032},
+                                                         {offsetof(SitSession, osFlags), 1040},
+                                                         {offsetof(PHMVER, maintLevel), 24},
+                                                         {offsetof(PHMVER, bitness), 40},
+                                                         {offsetof(PHMVER, fullVersion), 48},
+                                                         {offsetof(PHMVER, pluginsFile), 64},
+                                                         {offsetof(PHMVER, next), 104}};
+  for (const auto& [offset, expected] : offsets) EXPECT_EQ(offset, expected);
   EXPECT_EQ(layouts_agree_in_c(&sitfunctbl), 1);
 }
 
@@ -67,14 +68,14 @@ TEST_F(Session, ErrorsAreRecordedAndTaken) {
   PutRecentError("no PHM");
   EXPECT_STREQ(pc->errorText, "disk full\nno PHM\n");
   EXPECT_EQ(RetrieveErrors(nullptr), 17);
-  std::string small(10, 'x');
-  EXPECT_EQ(RetrieveErrors(small.data()), 17);
-  EXPECT_EQ(small, std::string(10, 'x'));
-  std::string room(20, 'x');
-  EXPECT_EQ(RetrieveErrors(room.data()), 0);
-  EXPECT_STREQ(room.c_str(), "disk full\nno PHM\n");
-  EXPECT_EQ(RetrieveErrors(room.data()), 0);
-  EXPECT_STREQ(room.c_str(), "");
+  std::string text(10, 'x');
+  EXPECT_EQ(RetrieveErrors(text.data()), 17);
+  EXPECT_EQ(text, std::string(10, 'x'));
+  text = std::string(20, 'x');
+  for (const char* taken : {"disk full\nno PHM\n", ""}) {
+    EXPECT_EQ(RetrieveErrors(text.data()), 0);
+    EXPECT_STREQ(text.c_str(), taken);
+  }
   PutRecentError(std::string(5000, 'e').c_str());
   EXPECT_EQ(RetrieveErrors(nullptr), 5001);
 }

@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <filesystem>
 #include <regex>
+#include <tuple>
 
 #include "support/sit_test.h"
 
@@ -114,22 +115,15 @@ TEST_F(Command, VerboseLines) {
       << text;
 }
 
-TEST_F(Command, HostThatIgnoresItsChildren) {
-  std::signal(SIGCHLD, SIG_IGN);
-  EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
-  EXPECT_LT(seconds_, 0.9);
-  struct sigaction action {};
-  ::sigaction(SIGCHLD, nullptr, &action);
-  EXPECT_EQ(action.sa_handler, SIG_IGN);
-}
-
 TEST_F(Command, HostThatReapsEveryChild) {
-  std::signal(SIGCHLD, [](int) {
-    while (::waitpid(-1, nullptr, WNOHANG) > 0) {
-    }
-  });
-  EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
-  EXPECT_LT(seconds_, 0.9);
+  for (const auto handler : {SIG_IGN, sighandler_t([](int) {
+                               while (::waitpid(-1, nullptr, WNOHANG) > 0) continue;
+                             })}) {
+    std::signal(SIGCHLD, handler);
+    EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
+    EXPECT_LT(seconds_, 0.9);
+    EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), handler);
+  }
 }
 
 // Calls the host's timer a hundred times a second.
@@ -257,56 +251,51 @@ TEST_F(Capture, FilesThatCannotBeRead) {
 
 class Copy : public test::SitTest {
  protected:
-  int copy(int trim, int append = 0) {
-    return CopyEndOfFile(path("from").c_str(), path("to").c_str(), trim, append);
+  void expect_copy(const std::string& content, int trim, const std::string& expected) {
+    write_file(path("from"), content);
+    EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("to").c_str(), trim, 0), 0);
+    EXPECT_EQ(read_file(path("to")), expected);
   }
 };
 
-constexpr std::size_t kMegabyte = 1048576;
-constexpr const char* kBanner = "PELINVENTORY:  File trimmed to 1 MB...\n\n";
-
 TEST_F(Copy, TrimmedOrWhole) {
-  const std::string exact = repeat("0123456\n", kMegabyte / 8);
-  write_file(path("from"), exact);
-  EXPECT_EQ(copy(1), 0);
-  EXPECT_EQ(read_file(path("to")), exact);
-  write_file(path("from"), "x" + exact);
-  EXPECT_EQ(copy(1), 0);
-  EXPECT_EQ(read_file(path("to")), kBanner + exact.substr(8));
-  EXPECT_EQ(copy(0), 0);
-  EXPECT_EQ(read_file(path("to")), "x" + exact);
-  write_file(path("from"), std::string(kMegabyte + 1, 'x'));
-  EXPECT_EQ(copy(1), 0);
-  EXPECT_EQ(read_file(path("to")), kBanner) << "no line begins in the last megabyte";
+  constexpr std::size_t megabyte = 1048576;
+  const std::string banner = "PELINVENTORY:  File trimmed to 1 MB...\n\n";
+  const std::string exact = repeat("0123456\n", megabyte / 8);
+  expect_copy(exact, 1, exact);
+  expect_copy("x" + exact, 1, banner + exact.substr(8));
+  expect_copy("x" + exact, 0, "x" + exact);
+  expect_copy(std::string(megabyte + 1, 'x'), 1, banner);
   for (const std::size_t size : {0U, 1U, 1019U, 1020U, 1021U, 2040U}) {
     write_file(path("from"), std::string(size, 'x'));
     write_file(path("to"), "before\n");
-    EXPECT_EQ(copy(1, 1), 0);
+    EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("to").c_str(), 1, 1), 0);
     EXPECT_EQ(read_file(path("to")), "before\n" + std::string(size, 'x'));
   }
 }
 
 TEST_F(Copy, Failures) {
+  const std::string from = path("from");
+  const std::string to = path("to");
   EXPECT_EQ(CopyEndOfFile(nullptr, "x", 0, 0), -1);
   EXPECT_EQ(CopyEndOfFile("x", nullptr, 0, 0), -1);
-  EXPECT_EQ(copy(1), ENOENT);
-  EXPECT_FALSE(std::filesystem::exists(path("to")));
-  write_file(path("from"), "text\n");
-  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), "/dev/full", 0, 0), ENOSPC);
-  EXPECT_TRUE(std::filesystem::exists("/dev/full"));
-  EXPECT_EQ(CopyEndOfFile("/dev/full", path("to").c_str(), 0, 0), EINVAL);
+  EXPECT_EQ(CopyEndOfFile(from.c_str(), to.c_str(), 1, 0), ENOENT);
+  write_file(from, "text\n");
   ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
-  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("fifo").c_str(), 0, 0), ENXIO);
-  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("missing/to").c_str(), 0, 0), ENOENT);
-  EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("from").c_str(), 0, 1), EINVAL);
-  EXPECT_EQ(read_file(path("from")), "text\n");
-  EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 0), EISDIR);
-  EXPECT_FALSE(std::filesystem::exists(path("to"))) << "half a copy must not stay";
-  EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 1), EISDIR);
-  EXPECT_FALSE(std::filesystem::exists(path("to")));
-  write_file(path("to"), "before\n");
-  EXPECT_EQ(CopyEndOfFile(path("").c_str(), path("to").c_str(), 0, 1), EISDIR);
-  EXPECT_EQ(read_file(path("to")), "before\n") << "appending must not lose what was there";
+  const std::tuple<std::string, std::string, int, int> failures[] = {
+      {from, "/dev/full", 0, ENOSPC}, {"/dev/full", to, 0, EINVAL},
+      {from, path("fifo"), 0, ENXIO}, {from, path("missing/to"), 0, ENOENT},
+      {from, from, 1, EINVAL},        {path(""), to, 0, EISDIR},
+      {path(""), to, 1, EISDIR}};
+  for (const auto& [source, target, append, error] : failures) {
+    EXPECT_EQ(CopyEndOfFile(source.c_str(), target.c_str(), 0, append), error) << source << target;
+    EXPECT_FALSE(std::filesystem::exists(to)) << "half a copy must not stay";
+  }
+  EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+  EXPECT_EQ(read_file(from), "text\n");
+  write_file(to, "before\n");
+  EXPECT_EQ(CopyEndOfFile(path("").c_str(), to.c_str(), 0, 1), EISDIR);
+  EXPECT_EQ(read_file(to), "before\n") << "appending must not lose what was there";
 }
 
 class Shell : public test::SitTest {};

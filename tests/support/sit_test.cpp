@@ -1,5 +1,6 @@
 #include "support/sit_test.h"
 
+#include <fcntl.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/wait.h>
@@ -42,6 +43,12 @@ std::string repeat(const std::string& text, std::size_t count) {
   return result;
 }
 
+std::string taken(char* text) {
+  const std::string copy = text == nullptr ? "(null)" : text;
+  std::free(text);
+  return copy;
+}
+
 std::string without_header(const std::string& report) {
   static const std::regex header(
       "     P E L L O R A N     P E L I N V E N T O R Y     T O O L\n\n"
@@ -67,10 +74,7 @@ std::string without_pids(const std::string& report) {
 std::vector<int> open_descriptors() {
   std::vector<int> found;
   for (int fd = 0; fd < 256; ++fd) {
-    if (fs::exists("/proc/self/fd/" + std::to_string(fd)) ||
-        fs::is_symlink("/proc/self/fd/" + std::to_string(fd))) {
-      found.push_back(fd);
-    }
+    if (::fcntl(fd, F_GETFD) != -1) found.push_back(fd);
   }
   return found;
 }
@@ -126,11 +130,7 @@ void make_tool(const fs::path& path, const std::string& script) {
 }
 
 void set_environment(const char* name, const char* value) {
-  if (value == nullptr) {
-    ::unsetenv(name);
-  } else {
-    ::setenv(name, value, 1);
-  }
+  value == nullptr ? ::unsetenv(name) : ::setenv(name, value, 1);
 }
 
 Ran run(const std::string& shell_command) {
@@ -150,7 +150,6 @@ bool with_private_usr_bin(const std::string& name, const std::string& content,
       ::mount("tmpfs", layer.c_str(), "tmpfs", 0, nullptr) != 0) {
     return false;
   }
-  fs::create_directory(layer + "/upper");
   fs::create_directory(layer + "/work");
   write_file(layer + "/upper/" + name, content);
   const std::string options =

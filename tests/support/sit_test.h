@@ -18,6 +18,9 @@ void write_file(const std::filesystem::path& path, const std::string& content);
 // The whole text `count` times over.
 std::string repeat(const std::string& text, std::size_t count);
 
+// A text of the plug-in's that the caller owns; it is freed.
+std::string taken(char* text);
+
 // Fails the test when the text does not begin with a report header; returns what follows it.
 std::string without_header(const std::string& report);
 
