@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -58,6 +59,11 @@ TEST_F(Command, ResultForEachEnd) {
 }
 
 TEST_F(Command, SeesNothingOfTheHost) {
+  // A command that read the host's terminal would wait for ever; this pipe stands for one.
+  std::array<int, 2> terminal{};
+  ASSERT_EQ(::pipe2(terminal.data(), O_CLOEXEC), 0);
+  const int own_input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100);
+  ASSERT_EQ(::dup2(terminal[0], STDIN_FILENO), STDIN_FILENO);
   std::signal(SIGPIPE, SIG_IGN);
   sigset_t all;
   sigfillset(&all);
@@ -71,6 +77,8 @@ TEST_F(Command, SeesNothingOfTheHost) {
   LogClose(0);
   ::close(leaky);
   ::close(high);
+  ::dup2(own_input, STDIN_FILENO);
+  for (const int fd : {terminal[0], terminal[1], own_input}) ::close(fd);
   static const std::regex line("([0-9]+) -> (.*)\n");
   std::string seen;
   for (std::sregex_iterator it(descriptors.begin(), descriptors.end(), line), end; it != end;
