@@ -114,7 +114,8 @@ TEST_F(Discovery, BrokenVersionLibrariesFallBackToTheVersionFile) {
   std::vector<std::string> contents = {sound.substr(0, 4) + std::string(6000, '\xff'),
                                        "not a library",
                                        read_file(HOST).substr(0, 64) + std::string(6000, '\0')};
-  for (const int size : {0, 40, 200, 4096, 0x2100}) contents.push_back(sound.substr(0, size));
+  for (const std::size_t size : {0U, 40U, 200U, 4096U, 0x2100U})
+    contents.push_back(sound.substr(0, size));
   for (const std::string& content : contents) {
     write_file(library(), content);
     EXPECT_EQ(discover(), using_phm() + "Failed to load library " + library() +

@@ -44,7 +44,7 @@ std::string repeat(const std::string& text, std::size_t count) {
 }
 
 std::string taken(char* text) {
-  const std::string copy = text == nullptr ? "(null)" : text;
+  std::string copy = text == nullptr ? "(null)" : text;
   std::free(text);
   return copy;
 }
