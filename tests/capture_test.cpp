@@ -1,5 +1,6 @@
 #include <unistd.h>
 
+#include <array>
 #include <filesystem>
 
 #include "support/sit_test.h"
@@ -7,10 +8,11 @@
 namespace {
 
 using test::read_file;
-using test::without_header;
 using test::write_file;
 
 namespace fs = std::filesystem;
+
+std::string content(const std::string& report) { return test::without_header(read_file(report)); }
 
 class Capturing : public test::SitTest {
  protected:
@@ -39,44 +41,37 @@ TEST_F(Capturing, CommandWithOutputAndIndex) {
   const std::string index = path("index.txt");
   EXPECT_EQ(run("pwd; echo made > file; exit 3", "out.txt", index.c_str()), 0);
   EXPECT_EQ(fs::current_path(), path("start"));
-  EXPECT_EQ(without_header(read_file(path("cap/out.txt"))), path("cap") + "\n\n==End of Log==\n");
+  EXPECT_EQ(content(path("cap/out.txt")), path("cap") + "\n\n==End of Log==\n");
   EXPECT_EQ(read_file(path("cap/file")), "made\n");
   const std::string first =
       entry("Command: pwd; echo made > file; exit 3\nOutput File: cap/out.txt\n", "");
-  EXPECT_EQ(without_header(read_file(index)), first);
+  EXPECT_EQ(content(index), first);
   EXPECT_EQ(run("echo unseen", "", index.c_str()), 0);
-  EXPECT_EQ(without_header(read_file(index)),
-            first + entry("Command: echo unseen\nOutput File: cap/\n", ""));
+  EXPECT_EQ(content(index), first + entry("Command: echo unseen\nOutput File: cap/\n", ""));
 }
 
 TEST_F(Capturing, RelativeIndexMeansOneFile) {
-  EXPECT_EQ(run("true", "out.txt", "index.txt"), 0);
-  EXPECT_EQ(without_header(read_file(path("start/index.txt"))),
-            entry("Command: true\nOutput File: cap/out.txt\n", ""));
-  EXPECT_FALSE(fs::exists(path("cap/index.txt")));
-  // Deeper than a path can name.
-  for (int i = 0; i < 3; ++i) {
-    fs::create_directory(std::string(100, 'd'));
-    fs::current_path(std::string(100, 'd'));
+  const std::string deep = path("start/") + std::string(100, 'd') + "/" + std::string(100, 'd');
+  for (const bool is_deep : {false, true}) {
+    if (is_deep) {  // than a path can name
+      fs::create_directories(deep + "/" + std::string(100, 'd'));
+      fs::current_path(deep + "/" + std::string(100, 'd'));
+    }
+    EXPECT_EQ(run("true", "out.txt", "index.txt"), 0);
+    EXPECT_EQ(content("index.txt"), entry("Command: true\nOutput File: cap/out.txt\n", ""));
+    EXPECT_FALSE(fs::exists(path("cap/index.txt")));
   }
-  EXPECT_EQ(run("true", "out.txt", "index.txt"), 0);
-  EXPECT_EQ(without_header(read_file("index.txt")),
-            entry("Command: true\nOutput File: cap/out.txt\n", ""));
-  EXPECT_FALSE(fs::exists(path("cap/index.txt")));
 }
 
 TEST_F(Capturing, LibraryEntryPoint) {
   const std::string index = path("index.txt");
   fs::copy_file(CAPTURED_LIBRARY, path("cap/lib.so"));
   write_file(path("cap/short.so"), read_file(CAPTURED_LIBRARY).substr(0, 5000));
-  struct Call {
-    std::string library;
-    const char* entry;
-    std::string outcome;
-  };
+  using Call = std::array<std::string, 3>;
+  const std::string done = "DLL completed.\n";
   for (const auto& [library, entry_point, outcome] :
-       {Call{CAPTURED_LIBRARY, "leave_a_file", "DLL completed.\n"},
-        {"lib.so", "leave_a_file", "DLL completed.\n"},
+       {Call{CAPTURED_LIBRARY, "leave_a_file", done},
+        {"lib.so", "leave_a_file", done},
         {"./lib.so", "nosuch", "DLL failed: ./lib.so: undefined symbol: nosuch\n"},
         {"/nosuch.so", "x",
          "DLL failed: /nosuch.so: cannot open shared object file: No such file or directory\n"},
@@ -86,12 +81,12 @@ TEST_F(Capturing, LibraryEntryPoint) {
         {path("cap"), "x", "DLL failed: " + path("cap") + ": not a regular file\n"}}) {
     fs::remove(index);
     fs::remove(path("cap/left"));
-    EXPECT_EQ(
-        RunCommand(library.c_str(), entry_point, 1, path("").c_str(), "cap", "", index.c_str()), 0);
-    EXPECT_EQ(
-        without_header(read_file(index)),
-        entry("DLL Entry Point: " + std::string(entry_point) + "() in " + library + "\n", outcome));
-    EXPECT_EQ(fs::exists(path("cap/left")), outcome == "DLL completed.\n") << library;
+    EXPECT_EQ(RunCommand(library.c_str(), entry_point.c_str(), 1, path("").c_str(), "cap", "",
+                         index.c_str()),
+              0);
+    EXPECT_EQ(content(index),
+              entry("DLL Entry Point: " + entry_point + "() in " + library + "\n", outcome));
+    EXPECT_EQ(fs::exists(path("cap/left")), outcome == done) << library;
     EXPECT_EQ(fs::current_path(), path("start"));
   }
 }
@@ -100,17 +95,16 @@ TEST_F(Capturing, WhatCannotBeOpened) {
   EXPECT_EQ(run("touch ran", "out.txt", path("no/index").c_str()), ENOENT);
   EXPECT_EQ(run("touch ran", "no/out.txt", path("index").c_str()), ENOENT);
   EXPECT_FALSE(fs::exists(path("cap/ran")));
-  EXPECT_EQ(without_header(read_file(path("index"))),
-            entry("Command: touch ran\nOutput File: cap/no/out.txt\n", ""));
+  EXPECT_EQ(content(path("index")), entry("Command: touch ran\nOutput File: cap/no/out.txt\n", ""));
   EXPECT_EQ(RunCommand("echo x", "", 0, path("").c_str(), "missing", "out.txt", nullptr), 0);
-  EXPECT_EQ(without_header(read_file(path("start/out.txt"))), "x\n\n==End of Log==\n");
+  EXPECT_EQ(content(path("start/out.txt")), "x\n\n==End of Log==\n");
 }
 
 TEST_F(Capturing, TextsBeyondTheirCapacity) {
   const std::string index = path("index");
   const std::string command = "touch ran #" + std::string(499, 'x');
   EXPECT_EQ(run(command.c_str(), "o", index.c_str()), SIT_PATH_TOO_LONG);
-  EXPECT_EQ(without_header(read_file(index)),
+  EXPECT_EQ(content(index),
             "\nCommand: " + command +
                 "\nOutput File: cap/o\nERROR: The command of 510 characters is longer than 509 and "
                 "is not used: " +

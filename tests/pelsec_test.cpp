@@ -30,34 +30,22 @@ TEST_F(Security, FormatForEachRelease) {
     int major;
     int minor;
     const char* level;
-    const char* format;
   };
-  const std::string no_store = "Certificate Store " + dir() + "/certs does not exist\n\n";
-  const std::string before = kCertificates + no_store;
-  const std::string from =
-      kCertificates + no_store + kKeys + "Key Store " + dir() + "/keys does not exist\n\n";
-  for (const auto& [major, minor, level, format] : {Release{8, 3, "", "none"},
-                                                    {0, 0, "", "none"},
-                                                    {9, 1, "E", "before"},
-                                                    {10, 0, "A", "before"},
-                                                    {10, 0, "", "before"},
-                                                    {10, -1, "5", "before"},
-                                                    {10, 0, nullptr, "before"},
-                                                    {10, 0, "B", "from"},
-                                                    {10, 0, "a", "from"},
-                                                    {10, 0, "\xC4", "from"},
-                                                    {10, 1, "A", "from"},
-                                                    {11, 0, "", "from"}}) {
-    std::string maintenance = level == nullptr ? "" : level;
-    record_.major = static_cast<short>(major);
-    record_.minor = static_cast<short>(minor);
-    record_.maintLevel = level == nullptr ? nullptr : maintenance.data();
-    const std::string kind = format;
-    EXPECT_EQ(report(), kind == "none"     ? "(no report)"
-                        : kind == "before" ? before
-                                           : from)
-        << major << "." << minor << maintenance;
-  }
+  const std::string before =
+      kCertificates + ("Certificate Store " + dir()) + "/certs does not exist\n\n";
+  const std::string from = before + kKeys + "Key Store " + dir() + "/keys does not exist\n\n";
+  const auto expect = [this](const std::string& text, const std::vector<Release>& releases) {
+    for (const auto& [major, minor, level] : releases) {
+      std::string maintenance = level == nullptr ? "" : level;
+      record_.major = static_cast<short>(major);
+      record_.minor = static_cast<short>(minor);
+      record_.maintLevel = level == nullptr ? nullptr : maintenance.data();
+      EXPECT_EQ(report(), text) << major << "." << minor << maintenance;
+    }
+  };
+  expect("(no report)", {{8, 3, ""}, {0, 0, ""}});
+  expect(before, {{9, 1, "E"}, {10, 0, "A"}, {10, 0, ""}, {10, -1, "5"}, {10, 0, nullptr}});
+  expect(from, {{10, 0, "B"}, {10, 0, "a"}, {10, 0, "\xC4"}, {10, 1, "A"}, {11, 0, ""}});
 }
 
 TEST_F(Security, BeforeTenB) {

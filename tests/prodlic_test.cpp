@@ -1,3 +1,4 @@
+#include <array>
 #include <filesystem>
 
 #include "support/sit_test.h"
@@ -14,6 +15,10 @@ std::string title(const std::string& text) {
   return text + "\n" + std::string(text.size(), '=') + "\n\n";
 }
 
+const std::string kTitle = title("Pelloran Product and Licensing Information");
+
+constexpr const char* kGone = "\nERROR: PHM is set to /nosuch but could not find such directory.\n";
+
 std::string no_match(const std::string& first, const std::string& second) {
   return "Could not find any installation that matches " + first + " " + second + " \n";
 }
@@ -24,20 +29,18 @@ class Configuration : public test::InstallationTest {
     InstallationTest::SetUp();
     set_environment("PELCFG", nullptr);
   }
-  std::string report(const char* key, int selector = SEL_ANY) {
-    EXPECT_EQ(GetPelCFGInfo(path("r").c_str(), key, SIT_CREATE, SIT_FINAL, selector), 0);
-    return body(read_file(path("r")));
-  }
-  static std::string body(const std::string& report) {
-    const std::string text = without_header(report);
-    const std::string end = "\n==End of Log==\n";
-    EXPECT_TRUE(text.ends_with(end)) << text;
-    return text.substr(0, text.size() - end.size());
+  using Command = decltype(&GetPelCFGInfo);
+  std::string report(const std::string& key, int selector = SEL_ANY,
+                     Command command = GetPelCFGInfo) {
+    const int final = command == GetPelCFGInfo ? SIT_FINAL : 0;
+    EXPECT_EQ(command(path("r").c_str(), key.c_str(), SIT_CREATE, final, selector), 0);
+    const std::string text = without_header(read_file(path("r")));
+    EXPECT_TRUE(text.ends_with("\n==End of Log==\n")) << text;
+    return text.substr(0, text.size() - 16);
   }
   [[nodiscard]] std::string file_section(const std::string& name,
                                          const std::string& content) const {
-    const std::string heading = "Contents of: " + dir() + "/" + name;
-    return "\n" + heading + "\n" + std::string(heading.size(), '=') + "\n\n" + content;
+    return "\n" + title("Contents of: " + dir() + "/" + name) + content;
   }
 };
 
@@ -45,8 +48,8 @@ TEST_F(Configuration, OfAPlainInstallation) {
   make_tool(dir() + "/bin/showcfg", "echo \"cfg: $*\"; exit 3");
   write_file(dir() + "/installd.ini", "[Installation]\n");
   write_file(dir() + "/addons", "Barcodes 1.12");
-  const std::string listing = title("Pelloran Product and Licensing Information") + "Reading " +
-                              dir() + "/pelloran.cfg\ncfg: " + dir() + "/pelloran.cfg\n";
+  const std::string listing =
+      kTitle + "Reading " + dir() + "/pelloran.cfg\ncfg: " + dir() + "/pelloran.cfg\n";
   EXPECT_EQ(report("10.1B"), listing + file_section("installd.ini", "[Installation]\n") +
                                  file_section("addons", "Barcodes 1.12"));
   EXPECT_EQ(report("10.1B03"), no_match("10.1B03", "10.1B03"));
@@ -68,42 +71,36 @@ TEST_F(Configuration, NamedByTheEnvironment) {
   make_tool(dir() + "/bin/showcfg", "echo \"cfg: $*\"");
   set_version("9.0A");
   set_environment("PELCFG", path("my $cfg").c_str());
-  const std::string heading = title("Pelloran Product and Licensing Information");
-  EXPECT_EQ(report("9.0A"), heading + "PELCFG environment variable setting: " + path("my $cfg") +
+  EXPECT_EQ(report("9.0A"), kTitle + "PELCFG environment variable setting: " + path("my $cfg") +
                                 "\ncfg: " + path("my $cfg") + "\n");
   set_environment("PELCFG", "");
-  EXPECT_EQ(report("9.0A"), heading + "PELCFG environment variable setting: \ncfg: \n");
+  EXPECT_EQ(report("9.0A"), kTitle + "PELCFG environment variable setting: \ncfg: \n");
   char name[256] = "as it was";
   set_environment("PELCFG", std::string(255, 'c').c_str());
   EXPECT_EQ(GenPelCfgName(name, &record_), 3);
   EXPECT_STREQ(name, "as it was");
   EXPECT_EQ(report("9.0A"),
-            heading +
+            kTitle +
                 "ERROR: The value of PELCFG of 255 characters is longer than 254 and "
                 "is not used: " +
                 std::string(200, 'c') + "...\nPELCFG environment variable setting: \n");
 }
 
 TEST_F(Configuration, FileForEachKind) {
-  struct Kind {
-    unsigned flags;
-    const char* version;
-    const char* name;
-  };
-  for (const auto& [flags, version, expected] : {Kind{PK_MONITOR, "2.1A", "delvon.cfg"},
-                                                 {32, "2.1A", "delvon.cfg"},
-                                                 {PK_MONITOR, "1.1A", "pelloran.cfg"},
-                                                 {PK_FRAMEWORK, "2.0", "emb.cfg"},
-                                                 {PK_FRAMEWORK, "1.0", "pelloran.cfg"},
-                                                 {PK_FRAMEWORK | PK_MONITOR, "2.0", "delvon.cfg"},
-                                                 {0, "2.1A", "pelloran.cfg"},
-                                                 {PK_EXTRA, "2.1A", "pelloran.cfg"}}) {
+  const auto expect = [this](const std::string& name, const char* version, unsigned flags) {
     set_version(version);
     record_.flags = flags;
-    char name[256];
-    EXPECT_EQ(GenPelCfgName(name, &record_), 4);
-    EXPECT_EQ(name, dir() + "/" + expected) << flags << " " << version;
-  }
+    char found[256];
+    EXPECT_EQ(GenPelCfgName(found, &record_), 4);
+    EXPECT_EQ(found, dir() + "/" + name) << flags << " " << version;
+  };
+  expect("delvon.cfg", "2.1A", PK_MONITOR);
+  expect("delvon.cfg", "2.1A", 32);
+  expect("pelloran.cfg", "1.1A", PK_MONITOR);
+  expect("emb.cfg", "2.0", PK_FRAMEWORK);
+  expect("pelloran.cfg", "1.0", PK_FRAMEWORK);
+  expect("delvon.cfg", "2.0", PK_FRAMEWORK | PK_MONITOR);
+  for (const unsigned flags : {0U, unsigned{PK_EXTRA}}) expect("pelloran.cfg", "2.1A", flags);
 }
 
 TEST_F(Configuration, OfOtherKinds) {
@@ -136,23 +133,21 @@ TEST_F(Configuration, OfOtherKinds) {
 }
 
 TEST_F(Configuration, AbsurdKeysAndPaths) {
-  for (const std::string& key : {std::string(), std::string(255, 'k')}) {
-    EXPECT_EQ(report(key.c_str()), no_match(key, key));
-  }
+  const std::string longest(255, 'k');
+  for (const auto& key : {"", longest.c_str()}) EXPECT_EQ(report(key), no_match(key, key));
   const std::string too_long(300, 'k');
-  EXPECT_EQ(report(too_long.c_str()),
+  EXPECT_EQ(report(too_long),
             "ERROR: The version key of 300 characters is longer than 255 and is not used: " +
                 too_long.substr(0, 200) + "...\n" + no_match(too_long, too_long));
   EXPECT_EQ(report(":::"), no_match("", ""));
-  EXPECT_EQ(report(nullptr), no_match("", ""));
-  const std::string heading = title("Pelloran Product and Licensing Information");
+  EXPECT_EQ(GetPelCFGInfo(path("r").c_str(), nullptr, SIT_CREATE, SIT_FINAL, SEL_ANY), 0);
+  EXPECT_EQ(without_header(read_file(path("r"))), no_match("", "") + "\n==End of Log==\n");
   move_to("/nosuch");
-  const std::string gone = "\nERROR: PHM is set to /nosuch but could not find such directory.\n";
-  EXPECT_EQ(report("10.1B"), heading + gone);
+  EXPECT_EQ(report("10.1B"), kTitle + kGone);
   move_to(std::string(245, 'd'));
-  EXPECT_EQ(report("10.1B"), heading);
+  EXPECT_EQ(report("10.1B"), kTitle);
   SetVerboseMode(1);
-  EXPECT_EQ(report("10.1B"), "VERBOSE: \n**Verbose Mode **\n" + heading +
+  EXPECT_EQ(report("10.1B"), "VERBOSE: \n**Verbose Mode **\n" + kTitle +
                                  "VERBOSE: ERROR: GetLicenseInfo - path too long\n");
 }
 
@@ -175,15 +170,11 @@ TEST_F(Configuration, FilesOfAnInstallation) {
   PHMVER second = record_;
   second.flags = PK_WEBCLIENT;
   record_.next = &second;
-  EXPECT_EQ(GetPelInstFiles(path("r").c_str(), "10.1B", SIT_CREATE, 0, SEL_ANY), 0);
-  EXPECT_EQ(body(read_file(path("r"))), listing + listing);
+  EXPECT_EQ(report("10.1B", SEL_ANY, GetPelInstFiles), listing + listing);
   record_.next = nullptr;
   move_to("/nosuch");
-  EXPECT_EQ(GetPelInstFiles(path("r").c_str(), "10.1B", SIT_CREATE, 0, SEL_ANY), 0);
-  EXPECT_EQ(body(read_file(path("r"))),
-            "\nERROR: PHM is set to /nosuch but could not find such directory.\n");
-  EXPECT_EQ(GetPelInstFiles(path("r").c_str(), "9", SIT_CREATE, 0, SEL_ANY), 0);
-  EXPECT_EQ(body(read_file(path("r"))), no_match("9", "9"));
+  EXPECT_EQ(report("10.1B", SEL_ANY, GetPelInstFiles), kGone);
+  EXPECT_EQ(report("9", SEL_ANY, GetPelInstFiles), no_match("9", "9"));
 }
 
 class Monitor : public test::InstallationTest {
@@ -191,7 +182,6 @@ class Monitor : public test::InstallationTest {
   void SetUp() override {
     InstallationTest::SetUp();
     delvon_.version = delvon_version_.data();
-    delvon_.initFile = init_file_.data();
     delvon_.pelVersion = owner_.data();
     delvon_.flags = PK_MONITOR;
     record_.next = &delvon_;
@@ -204,12 +194,11 @@ class Monitor : public test::InstallationTest {
   }
 
   int collect(const char* key) {
-    std::string target = path("out");
-    target.resize(256);
+    std::array<char, SIT_PATH_BYTES> target{};
+    path("out").copy(target.data(), target.size());
     std::filesystem::remove(path("r"));
     const int result = GetDelvonFiles(path("r").c_str(), target.data(), key);
-    target.resize(target.find('\0'));
-    target_ = target;
+    target_ = target.data();
     return result;
   }
   [[nodiscard]] std::string text() const { return without_header(read_file(path("r"))); }
@@ -232,9 +221,9 @@ TEST_F(Monitor, FilesAreCopiedIntoAFolderNamedAfterBothVersions) {
     EXPECT_EQ(text(),
               copying(init_file_) + xml + copying(dir() + "/AdminServerPlugins.dat") + "\n");
     EXPECT_EQ(read_file(target_ + "/delvon.ini"), line);
-    EXPECT_EQ(read_file(target_ + "/delvon.xml"), "<delvon/>\n");
-    EXPECT_EQ(read_file(target_ + "/delvonweb.xml"), "<web/>\n");
-    EXPECT_EQ(read_file(target_ + "/AdminServerPlugins.dat"), "plugins\n");
+    for (const std::string file :
+         {"conf/delvon.xml", "conf/delvonweb.xml", "pel/AdminServerPlugins.dat"})
+      EXPECT_EQ(read_file(target_ + file.substr(file.find('/'))), read_file(path(file)));
     EXPECT_EQ(collect("2.1A:10.1B03"), EEXIST);
     EXPECT_EQ(text(), "\n");
     EXPECT_STREQ(pc->reportDir, "");
@@ -244,13 +233,13 @@ TEST_F(Monitor, FilesAreCopiedIntoAFolderNamedAfterBothVersions) {
 
 TEST_F(Monitor, EachMissingPieceIsReported) {
   const std::string skipped = "Skipping copy of delvonweb.xml and delvon.xml.\n\n";
+  const std::string no_value = "Cannot find a value for delvonConfigDir. " + skipped;
   const std::pair<std::string, std::string> init_files[] = {
-      {"SET delvonConfigDir\n", "Cannot find a value for delvonConfigDir. " + skipped},
-      {"SET delvonConfigDir=   \n", "Cannot find a value for delvonConfigDir. " + skipped},
+      {"SET delvonConfigDir\n", no_value},
+      {"SET delvonConfigDir=   \n", no_value},
       {"SET delvonConfigDir=/" + std::string(300, 'x'),
-       "ERROR: The line of delvonConfigDir is longer than 254 characters and is not used.\n"
-       "Cannot find a value for delvonConfigDir. " +
-           skipped},
+       "ERROR: The line of delvonConfigDir is longer than 254 characters and is not used.\n" +
+           no_value},
       {"SET other=1\n",
        "Cannot find the delvonConfigDir setting in " + init_file_ + ". " + skipped},
       {"SET delvonConfigDir=/nosuch",

@@ -1,47 +1,32 @@
 #include "support/websvr_test.h"
 
-#include <array>
 #include <cerrno>
-#include <filesystem>
 
 namespace {
 
 namespace fs = std::filesystem;
-using test::title;
-using test::too_long;
+using namespace std::string_literals;
+using test::listing, test::stored_by, test::Texts, test::title, test::too_long, test::write_file;
+
 using test::WebServer;
-using test::write_file;
 
 TEST_F(WebServer, ValuesAndPaths) {
   const std::string longest(255, 'v');
-  using Pair = std::pair<std::string, std::string>;
-  const auto value_of = [](const std::string& text) {
-    std::array<char, SIT_PATH_BYTES> output{'?'};
-    GetConfPathName(text.c_str(), output.data());
-    return std::string(output.data());
-  };
-  for (const auto& [text, value] : {Pair{"/cgi #comment", "/cgi"},
-                                    {"/cgi#x", "/cgi"},
-                                    {" \t/a\tb", "/a"},
-                                    {"'/my cgi' x", "/my cgi"},
-                                    {"\"/a'b#\" c", "/a'b#"},
-                                    {"'open end\nnext", "open end"},
-                                    {"\"open\r\n", "open"},
-                                    {"a'b' c", "a'b'"},
-                                    {longest, longest},
-                                    {"'" + longest + "' x", longest}}) {
-    EXPECT_EQ(value_of(text), value);
-  }
-  for (const std::string& text : {std::string(), std::string(" \t\n/next"), std::string("''"),
-                                  std::string("'"), std::string("#"), longest + "v"}) {
-    EXPECT_EQ(value_of(text), "") << text;
-  }
-
   const std::string base(200, 'b');
+  const auto expect = [](const std::string& value, const std::vector<std::string>& texts) {
+    for (const std::string& text : texts)
+      EXPECT_EQ(stored_by([&](char* out) { GetConfPathName(text.c_str(), out); }), value) << text;
+  };
+  expect("/cgi", {"/cgi #comment", "/cgi#x"});
+  expect("/a", {" \t/a\tb"});
+  expect("/my cgi", {"'/my cgi' x"});
+  expect("/a'b#", {"\"/a'b#\" c"});
+  expect("open", {"'open\nnext", "\"open\r\n"});
+  expect("a'b'", {"a'b' c"});
+  expect(longest, {longest, "'" + longest + "' x"});
+  expect("", {"", " \t\n/next", "''", "'", "#", longest + "v"});
   const auto absolute = [](const std::string& path, const std::string& from) {
-    std::array<char, SIT_PATH_BYTES> output{'?'};
-    MakeAbsolutePath(path.c_str(), from.c_str(), output.data());
-    return std::string(output.data());
+    return stored_by([&](char* out) { MakeAbsolutePath(path.c_str(), from.c_str(), out); });
   };
   EXPECT_EQ(absolute("/a/b", "/base"), "/a/b");
   EXPECT_EQ(absolute("a/b", "/base"), "/base/a/b");
@@ -49,20 +34,18 @@ TEST_F(WebServer, ValuesAndPaths) {
   EXPECT_EQ(absolute(std::string(54, 'a'), base), base + "/" + std::string(54, 'a'));
   EXPECT_EQ(written_by([&] { EXPECT_EQ(absolute(std::string(55, 'a'), base), ""); }),
             too_long("path", base + "/" + std::string(55, 'a')));
-  EXPECT_EQ(IsAbsolutePath("/a"), 1);
-  EXPECT_EQ(IsAbsolutePath("a/b"), 0);
-  EXPECT_EQ(IsAbsolutePath(""), 0);
-
+  for (const auto& [path, result] : {std::pair{"/a", 1}, {"a/b", 0}, {"", 0}})
+    EXPECT_EQ(IsAbsolutePath(path), result) << path;
   for (auto [path, stripped] :
-       {Pair{"/a/", "/a"}, {"/a//", "/a/"}, {"a\\", "a"}, {"/a", "/a"}, {"/", ""}, {"", ""}}) {
+       {Texts{"/a/", "/a"}, {"/a//", "/a/"}, {"a\\", "a"}, {"/a", "/a"}, {"/", ""}, {"", ""}}) {
     StripTrailingSlash(path.data());
     EXPECT_STREQ(path.c_str(), stripped.c_str());
   }
 }
 
 TEST_F(WebServer, ReportsThatCannotBeMade) {
-  write_file(path("ns/https-web/config/magnus.conf"), "");
-  write_file(path("apache/conf/httpd.conf"), "");
+  write_file(path("root/https-web/config/magnus.conf"), "");
+  write_file(path("root/conf/httpd.conf"), "");
   const std::string beyond = path(std::string(256, 'r'));
   for (const int verbose : {0, 1}) {
     SetVerboseMode(verbose);
@@ -71,8 +54,8 @@ TEST_F(WebServer, ReportsThatCannotBeMade) {
                                        {beyond.c_str(), 10008},
                                        {"/nosuch/report", ENOENT},
                                        {"/dev/full", ENOSPC}}) {
-      EXPECT_EQ(GetNetscapeInfo(report, path("ns").c_str(), ""), code);
-      EXPECT_EQ(GetApacheInfo(report, path("apache").c_str()), code);
+      EXPECT_EQ(GetNetscapeInfo(report, root().c_str(), ""), code);
+      EXPECT_EQ(GetApacheInfo(report, root().c_str()), code);
     }
     EXPECT_EQ(GetNetscapeInfo("/nosuch/report", "", ""), verbose != 0 ? ENOENT : 10025);
   }
@@ -80,42 +63,34 @@ TEST_F(WebServer, ReportsThatCannotBeMade) {
 
 class Apache : public WebServer {
  protected:
-  [[nodiscard]] std::string root() const { return path("apache"); }
-  [[nodiscard]] std::string conf() const { return root() + "/conf/httpd.conf"; }
-  int command(const std::string& server_root) {
-    return GetApacheInfo(path("report").c_str(), server_root.c_str());
-  }
-  [[nodiscard]] std::string start() const {
-    return "\n" + title("Apache Configuration") + "Contents of Apache configuration file " +
-           conf() + "\n\n";
+  void expect_report(const std::string& server_root, int code, const std::string& text) const {
+    EXPECT_EQ(GetApacheInfo(path("report").c_str(), server_root.c_str()), code);
+    EXPECT_EQ(report(), text);
   }
 };
 
-TEST_F(Apache, WholeReport) {
-  const std::string text = "ScriptAlias /scripts/ cgi\nListen 80 100%d";
-  write_file(conf(), text);
-  fs::create_directory(root() + "/cgi");
-  EXPECT_EQ(command(root()), 0);
-  EXPECT_EQ(report(), start() + text + "\n\n" + title("Apache ScriptAlias Directory Listings") +
-                          "\nDirectory listing of " + root() + "/cgi (alias /scripts/)\n" +
-                          listing(root() + "/cgi"));
-}
-
-TEST_F(Apache, ConfigurationThatCannotBeRead) {
+TEST_F(Apache, WholeReports) {
   ASSERT_FALSE(fs::exists("/etc/httpd/conf/httpd.conf"));
-  for (const std::string& missing : {std::string(), root(), "/" + std::string(300, 'a')}) {
-    EXPECT_EQ(command(missing), 10001);
-    EXPECT_EQ(report(), "");
-  }
-  put_unreadable(conf());
-  EXPECT_EQ(command(root()), EINVAL);
-  EXPECT_EQ(report(), start() + "Failed to read " + conf() + "\n");
-  EXPECT_EQ(written_by([&] { FindApacheScriptAlias(conf().c_str(), root().c_str()); }), "");
-  fs::remove(conf());
-  fs::create_directory(conf());
-  EXPECT_EQ(command(root()), 0);
-  EXPECT_EQ(report(), start() + "\n\n" + title("Apache ScriptAlias Directory Listings") +
-                          "\n\nNo ScriptAlias directories found in " + conf() + "\n\n");
+  for (const std::string& missing : {""s, root(), "/" + std::string(300, 'a')})
+    expect_report(missing, 10001, "");
+  const std::string conf = root() + "/conf/httpd.conf";
+  const std::string start = "\n" + title("Apache Configuration") +
+                            "Contents of Apache configuration file " + conf + "\n\n";
+  const std::string aliases = "\n\n" + title("Apache ScriptAlias Directory Listings");
+  put_unreadable(conf);
+  expect_report(root(), EINVAL, start + "Failed to read " + conf + "\n");
+  EXPECT_EQ(written_by([&] { FindApacheScriptAlias(conf.c_str(), root().c_str()); }), "");
+  fs::remove(conf);
+  fs::create_directory(conf);
+  expect_report(root(), 0,
+                start + aliases + "\n\nNo ScriptAlias directories found in " + conf + "\n\n");
+  fs::remove(conf);
+  write_file(conf, "ScriptAlias /scripts/ cgi\nListen 80 100%d");
+  fs::create_directory(root() + "/cgi");
+  expect_report(root(), 0,
+                start + "ScriptAlias /scripts/ cgi\nListen 80 100%d" + aliases +
+                    "\nDirectory listing of " + root() + "/cgi (alias /scripts/)\n" +
+                    listing(root() + "/cgi"));
 }
 
 TEST_F(Apache, ScriptAliases) {
@@ -125,34 +100,34 @@ TEST_F(Apache, ScriptAliases) {
     return "\nDirectory listing of " + directory + " (alias " + alias + ")\nDirectory " +
            directory + " does not exist\n";
   };
-  const std::string itself = "\nDirectory listing of " + root() + " (alias )\n" + listing(root());
-  const std::string relative(239, 'r');
-  const std::pair<std::string, std::string> cases[] = {
-      {"", none},
-      {"#ScriptAlias /a /no/a\n # x ScriptAlias /a /no/a\nScriptAliasMatch /a /no/a\n"
-       "scriptalias /a /no/a\nScriptAlias\t/a /no/a\nScriptAlias\n",
-       none},
-      {"ScriptAlias /x/ /no/x/ # note\n\tScriptAlias \t /cgi-bin/\t'/no/c d/'\r\n",
-       missing("/no/x", "/x/") + missing("/no/c d", "/cgi-bin/")},
-      {"ScriptAlias \"/a b/\" \"/no/q\"\nScriptAlias '/a#' rel\\\nScriptAlias '/b'/no/y",
-       missing("/no/q", "/a b/") + missing(root() + "/rel", "/a#") + missing("/no/y", "/b")},
-      {"ScriptAlias '/open /no/a\n",
-       "\nDirectory listing of " + root() + " (alias /open /no/a)\n" + listing(root())},
-      {"ScriptAlias \nScriptAlias # /no/a\n", itself + itself},
-      {std::string(254, 'x') + "ScriptAlias /a /no/a\n" + std::string(253, 'x') +
-           "ScriptAlias /a /no/b\n",
-       missing("/no/a", "/a")},
-      {"ScriptAlias /a " + relative, too_long("path", root() + "/" + relative) + none}};
-  for (const auto& [text, expected] : cases) {
+  const auto itself = [this](const std::string& alias) {
+    return "\nDirectory listing of " + root() + " (alias " + alias + ")\n" + listing(root());
+  };
+  const auto expect = [&](const std::string& text, const std::string& from,
+                          const std::string& expected) {
     write_file(path("conf"), text);
-    EXPECT_EQ(written_by([&] { FindApacheScriptAlias(path("conf").c_str(), root().c_str()); }),
-              expected)
-        << text;
-  }
-  write_file(path("conf"), "ScriptAlias /a nosuch\nScriptAlias \n");
-  EXPECT_EQ(written_by([&] { FindApacheScriptAlias(path("conf").c_str(), ""); }),
-            missing("/nosuch", "/a") + missing("", "") + none)
-      << "without a server root the last directory is empty";
+    const auto call = [&] { FindApacheScriptAlias(path("conf").c_str(), from.c_str()); };
+    EXPECT_EQ(written_by(call), expected) << text;
+  };
+  const std::string line = "ScriptAlias /a /no/a\n";
+  const std::string far(239, 'r');
+  for (const auto& [text, expected] :
+       {Texts{"", none},
+        {"#" + line + " # x " + line +
+             "ScriptAliasMatch /a /no/a\nscriptalias /a /no/a\n"
+             "ScriptAlias\t/a /no/a\nScriptAlias\n",
+         none},
+        {"ScriptAlias /x/ /no/x/ # note\n\tScriptAlias \t /cgi-bin/\t'/no/c d/'\r\n",
+         missing("/no/x", "/x/") + missing("/no/c d", "/cgi-bin/")},
+        {"ScriptAlias \"/a b/\" \"/no/q\"\nScriptAlias '/a#' rel\\\nScriptAlias '/b'/no/y",
+         missing("/no/q", "/a b/") + missing(root() + "/rel", "/a#") + missing("/no/y", "/b")},
+        {"ScriptAlias '/open /no/a\n", itself("/open /no/a")},
+        {"ScriptAlias \nScriptAlias # /no/a\n", itself("") + itself("")},
+        {std::string(254, 'x') + line + std::string(253, 'x') + line, missing("/no/a", "/a")},
+        {"ScriptAlias /a " + far, too_long("path", root() + "/" + far) + none}})
+    expect(text, root(), expected);
+  expect("ScriptAlias /a nosuch\nScriptAlias \n", "",
+         missing("/nosuch", "/a") + missing("", "") + none);
 }
 
 }  // namespace
