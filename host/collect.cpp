@@ -56,7 +56,7 @@ std::filesystem::path make_folder(const std::filesystem::path& parent) {
   const std::filesystem::path base = std::filesystem::absolute(parent) / folder_name();
   for (int i = 1; i <= kMostInOneSecond; ++i) {
     std::filesystem::path folder = base;
-    if (i > 1) folder += "-" + std::to_string(i);
+    if (i > 1) (folder += "-") += std::to_string(i);
     if (::mkdir(folder.c_str(), kOwnerOnly) == 0) return folder;
     if (errno != EEXIST) break;
   }

@@ -262,7 +262,8 @@ class Copy : public test::SitTest {
   void expect_copy(const std::string& content, int trim, const std::string& expected) {
     write_file(path("from"), content);
     EXPECT_EQ(CopyEndOfFile(path("from").c_str(), path("to").c_str(), trim, 0), 0);
-    EXPECT_EQ(read_file(path("to")), expected);
+    // Not EXPECT_EQ: its diff of two megabytes takes all the memory there is.
+    EXPECT_TRUE(read_file(path("to")) == expected);
   }
 };
 
