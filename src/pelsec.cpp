@@ -76,18 +76,41 @@ void list_certificate(const char* tool, const char* store, const char* name) noe
   LogMsg("\n\n");
 }
 
-// Lists a whole store with a tool that finds the store by itself.
-void list_store(const char* what, const sit::Path& tool, const sit::Path& store) noexcept {
+// A store that its tool lists as a whole, finding it by itself.
+struct WholeStore {
+  const char* title;
+  const char* entries;
+  std::string_view directory;
+  std::string_view tool;
+  const char* missing;  // takes the store
+};
+constexpr WholeStore kWholeStores[] = {
+    {"Certificates", "certificates", "certs", "certutil",
+     "Certificate Store %s does not exist\n\n"},
+    {"Keys", "keys", "keys", "pkiutil", "Key Store %s does not exist\n\n"},
+};
+
+void list_store(const char* entries, const sit::Path& tool, const sit::Path& store) noexcept {
   constexpr std::string_view kOptions = " -list -verbose";
-  if (FileExists(tool.c_str()) == 0) {
-    LogMsg("%s does not exist, cannot list %s\n", tool.c_str(), what);
-    return;
-  }
-  LogMsg("Listing of %s in %s\n\n", what, store.c_str());
+  LogMsg("Listing of %s in %s\n\n", entries, store.c_str());
   if (ToolCommand command; sit::append_word(command, tool.view()) && command.append(kOptions)) {
     LogCmdOutput(command.c_str(), nullptr);
   } else {
     log_long_command({tool.view(), kOptions});
+  }
+}
+
+void report_store(const PHMVER& record, const WholeStore& whole) noexcept {
+  sit::Path store;
+  sit::Path tool;
+  LogTitle(whole.title);
+  if (!store_path(record, whole.directory, store) || !tool_path(record, whole.tool, tool)) return;
+  if (FileExists(store.c_str()) == 0) {
+    LogMsg(whole.missing, store.c_str());
+  } else if (FileExists(tool.c_str()) == 0) {
+    LogMsg("%s does not exist, cannot list %s\n", tool.c_str(), whole.entries);
+  } else {
+    list_store(whole.entries, tool, store);
   }
 }
 
@@ -114,24 +137,7 @@ int LogSecurityInfoPre100B(PHMVER* record) noexcept {
 
 int LogSecurityInfo100B(PHMVER* record) noexcept {
   if (record == nullptr) return 0;
-  sit::Path tool;
-  sit::Path store;
-  LogTitle("Certificates");
-  if (store_path(*record, "certs", store) && tool_path(*record, "certutil", tool)) {
-    if (FileExists(store.c_str()) != 0) {
-      list_store("certificates", tool, store);
-    } else {
-      LogMsg("Certificate Store %s does not exist\n\n", store.c_str());
-    }
-  }
-  LogTitle("Keys");
-  if (store_path(*record, "keys", store) && tool_path(*record, "pkiutil", tool)) {
-    if (FileExists(store.c_str()) != 0) {
-      list_store("keys", tool, store);
-    } else {
-      LogMsg("Key Store %s does not exist\n\n", store.c_str());
-    }
-  }
+  for (const WholeStore& whole : kWholeStores) report_store(*record, whole);
   return 0;
 }
 

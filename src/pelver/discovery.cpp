@@ -24,12 +24,7 @@ sit::HeapText read_back(const char* path) noexcept {
   const auto size = static_cast<std::size_t>(status.st_size);
   sit::HeapText text{static_cast<char*>(std::malloc(size + 1))};
   if (text == nullptr) return text;
-  std::size_t held = 0;
-  while (held < size) {
-    const std::size_t got = sit::read_some(file.get(), text.get() + held, size - held);
-    if (got == 0) break;
-    held += got;
-  }
+  const std::size_t held = sit::read_up_to(file.get(), text.get(), size);
   text.get()[held] = '\0';
   return text;
 }
@@ -89,7 +84,7 @@ void discover_through_launcher(PHMVER** list, FILE* output) noexcept {
   }
   sit::print(output, {"Extracting PHM from ", sit::kLauncher, "\n"});
   std::array<char, 255> bytes{};
-  const std::size_t held = sit::read_some(launcher.get(), bytes.data(), bytes.size());
+  const std::size_t held = sit::read_up_to(launcher.get(), bytes.data(), bytes.size());
   std::string_view value;
   if (!find_launcher_value({bytes.data(), held}, value)) {
     sit::print(output, {"Unable to locate PHM in ", sit::kLauncher, "\n"});

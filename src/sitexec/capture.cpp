@@ -117,7 +117,7 @@ int RunCommand(const char* command, const char* entry, char is_library, const ch
   sit::Path folder;
   CapturedCommand copy;
   const bool runs = fits(capture, folder, copy);
-  static_cast<void>(LogClose(0));
+  if (index != nullptr) static_cast<void>(LogClose(0));
   if (!runs) return SIT_PATH_TOO_LONG;
 
   change_directory(folder.c_str());
