@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdint>
 
 namespace sit {
 namespace {
@@ -47,6 +48,12 @@ std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept {
     if (got >= 0) return static_cast<std::size_t>(got);
     if (errno != EINTR) return 0;
   }
+}
+
+std::size_t size_to_read(int fd) noexcept {
+  struct stat status {};
+  const bool is_known = ::fstat(fd, &status) == 0 && status.st_size > 0;
+  return is_known ? static_cast<std::size_t>(status.st_size) : SIZE_MAX;
 }
 
 std::size_t read_up_to(int fd, char* bytes, std::size_t count) noexcept {

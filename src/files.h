@@ -21,7 +21,11 @@ enum class Existing { kTruncate, kAppend };
 // number read; 0 at the end of the file or when it cannot be read.
 [[nodiscard]] std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept;
 
-// The same, repeated until `count` bytes are in or nothing more comes.
+// How much to read of a file that somebody may still be writing to: what it holds now. Without
+// limit where the size says nothing, as for files under /proc.
+[[nodiscard]] std::size_t size_to_read(int fd) noexcept;
+
+// Reads like read_some, repeated until `count` bytes are in or nothing more comes.
 [[nodiscard]] std::size_t read_up_to(int fd, char* bytes, std::size_t count) noexcept;
 
 }  // namespace sit

@@ -37,7 +37,8 @@ SIT_API unsigned int FileExists(const char *path) SIT_NOEXCEPT;
 
 /* Copies `source` to `destination`, which is truncated or, with a non-zero `append`, added to.
  * With a non-zero `trim` a source of more than 1048576 bytes is copied from the first line that
- * begins in its last 1048576 bytes, behind a banner that says so.
+ * begins in its last 1048576 bytes, behind a banner that says so. What a source grows by
+ * meanwhile is left out.
  * Returns 0; -1 for a null path; EINVAL when both name one file; else the system error number. A
  * copy that failed half-way is removed, unless the destination is a device or held content of its
  * own before. */

@@ -2,6 +2,7 @@
 // the C++ runtime's exceptions.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 #include <span>
@@ -45,6 +46,14 @@ inline bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 inline char to_lower(char c) noexcept {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+inline bool equal_ignoring_case(std::string_view left, std::string_view right) noexcept {
+  return std::ranges::equal(left, right, {}, to_lower, to_lower);
+}
+
+inline bool starts_ignoring_case(std::string_view text, std::string_view start) noexcept {
+  return equal_ignoring_case(head(text, start.size()), start);
 }
 
 // Writes the bytes of `text` to `to` and returns where they end.

@@ -33,6 +33,10 @@ bool VersionKey::names_release_of(const PHMVER& record) const noexcept {
   return release != nullptr && release_ == release.get();
 }
 
+bool VersionKey::is_release_of(const PHMVER& record) const noexcept {
+  return release_ == text_of(key_) && names_release_of(record);
+}
+
 bool VersionKey::has_bitness_of(const PHMVER& record) const noexcept {
   return record.bitness == GetBitness(key_);
 }
@@ -54,6 +58,15 @@ bool version_key(const PHMVER& record, Path& key) noexcept {
                                            is_monitor ? text_of(record.pelVersion) : ""});
 }
 
+bool append_version(const char* version, int bitness, VersionedName& name) noexcept {
+  const HeapText release = release_of(text_of(version));
+  if (release == nullptr) return false;
+  strremove(release.get(), ".");
+  if (bitness == -1) bitness = GetBitness(version);
+  const std::string_view suffix = bitness == 64 ? "(64)" : bitness == 32 ? "(32)" : "";
+  return name.append({release.get(), suffix});
+}
+
 void log_no_match(const VersionKey& key) noexcept {
   key.log_if_too_long();
   const HeapText message = concatenate({"Could not find any installation that matches ",
@@ -65,8 +78,6 @@ void log_no_match(const VersionKey& key) noexcept {
 
 namespace {
 
-constexpr std::size_t kNameBytes = 255;
-
 // The result of AppendVerLogFile; the next call replaces it.
 constinit char* last_name = nullptr;
 
@@ -75,13 +86,9 @@ constinit char* last_name = nullptr;
 extern "C" {
 
 const char* AppendVerLogFile(const char* version, int bitness, const char* prefix) noexcept {
-  const sit::HeapText working = sit::release_of(sit::text_of(version));
-  if (working != nullptr) strremove(working.get(), ".");
-  if (bitness == -1) bitness = GetBitness(version);
-  const std::string_view suffix = bitness == 64 ? "(64)" : bitness == 32 ? "(32)" : "";
-  sit::BoundedText<kNameBytes> name;
+  sit::VersionedName name;
   const bool fits =
-      working != nullptr && name.append({sit::text_of(prefix), working.get(), suffix});
+      name.append(sit::text_of(prefix)) && sit::append_version(version, bitness, name);
   // The arguments may be the last name.
   std::free(last_name);
   last_name = fits ? sit::duplicate(name.view()).release() : nullptr;

@@ -19,6 +19,9 @@ class VersionKey {
   // Whether the record is of the key's release. A key longer than keys may be names none.
   [[nodiscard]] bool names_release_of(const PHMVER& record) const noexcept;
 
+  // The same of the whole key, which then is of no monitoring installation.
+  [[nodiscard]] bool is_release_of(const PHMVER& record) const noexcept;
+
   // Whether the record has the key's bitness.
   [[nodiscard]] bool has_bitness_of(const PHMVER& record) const noexcept;
 
@@ -36,6 +39,10 @@ class VersionKey {
 
 // The key of a record, as GetPelVersList lists it. False when it does not fit.
 [[nodiscard]] bool version_key(const PHMVER& record, Path& key) noexcept;
+
+// A name of AppendVerLogFile: completes the prefix that is in `name`. False when it does not fit.
+using VersionedName = BoundedText<255>;
+[[nodiscard]] bool append_version(const char* version, int bitness, VersionedName& name) noexcept;
 
 // "Could not find any installation that matches ...".
 void log_no_match(const VersionKey& key) noexcept;

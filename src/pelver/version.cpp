@@ -1,5 +1,4 @@
 // Reading an installation's version: from its version library, else from its version file.
-#include <algorithm>
 #include <array>
 
 #include "commfile.h"
@@ -42,12 +41,7 @@ void clear_numbers(PHMVER& record) noexcept {
 }
 
 bool begins_with_version_word(std::string_view text) noexcept {
-  constexpr std::string_view kWords[] = {"ver", "rel"};
-  return std::ranges::any_of(kWords, [text](std::string_view word) {
-    return text.size() >= word.size() &&
-           std::equal(word.begin(), word.end(), text.begin(),
-                      [](char lower, char c) { return lower == sit::to_lower(c); });
-  });
+  return sit::starts_ignoring_case(text, "ver") || sit::starts_ignoring_case(text, "rel");
 }
 
 // Where the word ver or rel begins, in any case.

@@ -1,8 +1,6 @@
 // From a command or a file into the open report.
 #include "situtil/capture.h"
 
-#include <sys/stat.h>
-
 #include <array>
 #include <cerrno>
 
@@ -11,21 +9,10 @@
 #include "sit/situtil.h"
 #include "situtil/temp_file.h"
 
-namespace {
-
-// How much to read of a file that an abandoned command may still be writing: what it held at the
-// start. 0 where the size says nothing, as for files under /proc.
-std::size_t size_at_start(int fd) noexcept {
-  struct stat status {};
-  return ::fstat(fd, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
-}
-
-}  // namespace
-
-void sit::copy_into_report(int fd, std::size_t count) noexcept {
+void sit::copy_into_report(int fd, std::size_t most) noexcept {
   std::array<char, 8192> block;
   std::size_t copied = 0;
-  while (count == 0 || copied < count) {
+  while (copied < most) {
     const std::size_t got = read_some(fd, block.data(), block.size());
     if (got == 0) return;
     log_bytes({block.data(), got});
@@ -58,7 +45,7 @@ int ReadTextFile(const char* path) noexcept {
   if (path == nullptr) return ENOENT;
   const sit::UniqueFd file = sit::open_for_reading(path);
   if (!file.is_open()) return errno;
-  sit::copy_into_report(file.get(), size_at_start(file.get()));
+  sit::copy_into_report(file.get(), sit::size_to_read(file.get()));
   return 0;
 }
 

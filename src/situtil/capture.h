@@ -2,11 +2,12 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace sit {
 
-// Copies at most `count` bytes, or all there are when `count` is 0. A copy need not look at lines:
-// it goes by whole blocks, each flushed.
-void copy_into_report(int fd, std::size_t count) noexcept;
+// Copies at most about `most` bytes. A copy need not look at lines: it goes by whole blocks, each
+// flushed.
+void copy_into_report(int fd, std::size_t most = SIZE_MAX) noexcept;
 
 }  // namespace sit

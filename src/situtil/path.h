@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "commutils/bounded_text.h"
+#include "commutils/views.h"
 #include "sit/codes.h"
 
 namespace sit {
@@ -25,6 +26,11 @@ template <std::size_t Bytes>
     is_first = false;
   }
   return true;
+}
+
+// What stands behind the last "/".
+[[nodiscard]] inline std::string_view base_name(std::string_view path) noexcept {
+  return tail(path, path.rfind('/') + 1);
 }
 
 }  // namespace sit

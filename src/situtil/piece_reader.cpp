@@ -1,5 +1,6 @@
 #include "situtil/piece_reader.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "commutils/views.h"
@@ -15,8 +16,10 @@ void PieceReader::fill() noexcept {
   begin_ = 0;
   end_ = held;
   while (!at_end_ && end_ <= kPieceLength) {
-    const std::size_t got = read_some(fd_, bytes_.data() + end_, bytes_.size() - end_);
+    const std::size_t got =
+        read_some(fd_, bytes_.data() + end_, std::min(bytes_.size() - end_, left_));
     at_end_ = got == 0;
+    left_ -= got;
     end_ += got;
   }
 }

@@ -3,7 +3,10 @@
 
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <string_view>
+
+#include "commutils/bounded_text.h"
 
 namespace sit {
 
@@ -16,10 +19,18 @@ struct Piece {
   bool goes_on = false;  // more of the line's own text follows: a value at the end may be cut
 };
 
+// A line, or a part of one, as a C text: there is always room for it.
+using LineText = BoundedText<kPieceLength + 1>;
+[[nodiscard]] inline LineText line_text(std::string_view part) noexcept {
+  LineText text;
+  static_cast<void>(text.append(part));
+  return text;
+}
+
 class PieceReader {
  public:
-  // Does not own the descriptor.
-  explicit PieceReader(int fd) noexcept : fd_(fd) {}
+  // Reads `most` bytes at most. Does not own the descriptor.
+  explicit PieceReader(int fd, std::size_t most = SIZE_MAX) noexcept : fd_(fd), left_(most) {}
 
   // False at the end of the text, or when it cannot be read any further.
   [[nodiscard]] bool next(Piece& piece) noexcept;
@@ -28,6 +39,7 @@ class PieceReader {
   void fill() noexcept;
 
   int fd_;
+  std::size_t left_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
   bool at_end_ = false;

@@ -3,7 +3,6 @@
 
 #include <string_view>
 
-#include "commutils/bounded_text.h"
 #include "handles.h"
 #include "sit/websvr.h"
 #include "situtil/path.h"
@@ -40,14 +39,6 @@ class ConfReader {
   bool goes_on_ = false;
   PieceReader reader_;
 };
-
-// A line, or a part of one, as a C text: there is always room for it.
-using LineText = BoundedText<kPieceLength + 1>;
-[[nodiscard]] inline LineText line_text(std::string_view part) noexcept {
-  LineText text;
-  static_cast<void>(text.append(part));
-  return text;
-}
 
 [[nodiscard]] ConfValue read_value(std::string_view line) noexcept;
 

@@ -85,7 +85,7 @@ void SitTest::SetUp() {
   scratch_ = name;
   fs::create_directory(temporary());
   set_environment("TMPDIR", temporary().c_str());
-  for (const char* variable : {"PHM", "DELVONINIT", "JREHOME", "JAVA_HOME"}) {
+  for (const char* variable : {"PHM", "DELVONINIT", "PELCFG", "WRKDIR", "JREHOME", "JAVA_HOME"}) {
     set_environment(variable, nullptr);
   }
   descriptors_ = open_descriptors();
