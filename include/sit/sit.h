@@ -8,6 +8,7 @@
 #include "sit/commutils.h"
 #include "sit/export.h"
 #include "sit/javaver.h"
+#include "sit/obvalid.h"
 #include "sit/pelsec.h"
 #include "sit/pelver.h"
 #include "sit/prodlic.h"

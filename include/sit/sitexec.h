@@ -112,6 +112,33 @@ SIT_API int GetPelSecurityLog(const char *path, const char *version_key, int mod
  * number when the folder cannot be made, ENAMETOOLONG when its path exceeds 255 characters. */
 SIT_API int GetDelvonFiles(const char *path, char *directory, const char *version_key) SIT_NOEXCEPT;
 
+/* ---- Brokers and the admin server ---- */
+
+/* "Validation of Ostrel Broker properties file", then "Validation of Connection Manager properties
+ * file": validates both files of the first plain Pelloran installation with this version key (at
+ * most 255 characters; none that contains "7." or "8."), see ValidateOB and ValidateConMgr, and
+ * copies them into the directory `destination`. Empty or null file names stand for the
+ * installation's own. `mode` goes to LogOpen as it is; the report always gets its end mark.
+ * Returns 0 or one of:
+ *   10000  the report path is null or empty
+ *   10013  no installation matches; no report is made
+ *   10016  a validation failed, or there is no check tool to make it; the report is complete
+ *   else   what opening or closing the report returns; see commfile.h
+ * Leaves the log files found in the table `logs`, for OBCopyFiles. */
+SIT_API int GetOBValidationInfo(const char *destination, const char *path, const char *version_key,
+                                int mode, int ignored, const char *plugins_file,
+                                const char *conmgr_file) SIT_NOEXCEPT;
+
+/* Copies the log files of the broker or server `name`, of a database ("db:" and its name) or of
+ * the admin server ("admsrv") into the directory `destination`. Unlike a version key, `version`
+ * is the installation's whole version, patch part included. But for the admin server's, log files
+ * are known once GetOBValidationInfo has run in this process. The report at `path` is appended to
+ * and says what could not be copied; null stands for a temporary file that stays.
+ * Returns what Copy_Log_Files returns; -1 when an argument other than the path is null; 10001 when
+ * there is no temporary name; what opening the report returns. */
+SIT_API int OBCopyFiles(const char *path, const char *name, const char *version,
+                        const char *destination) SIT_NOEXCEPT;
+
 /* ---- Capture ---- */
 
 /* Runs a command, or calls an entry point of a shared library, inside the folder

@@ -4,11 +4,13 @@
 #include <concepts>
 
 #include "commfile.h"
+#include "commutils/heap_text.h"
 #include "commutils/views.h"
 #include "session.h"
 #include "sit/codes.h"
 #include "sit/pelver.h"
 #include "sit/sitexec.h"
+#include "sit/situtil.h"
 
 namespace sit {
 
@@ -54,6 +56,19 @@ int run_framed(const Frame& frame, Body body) noexcept {
   }
   body();
   return LogClose(frame.final);
+}
+
+// Runs `body` with the report at `path` open, or with a temporary one, which stays, when the path
+// is null. Returns the body's result, or why there is no report.
+template <std::invocable Body>
+int run_appending(const char* path, Body body) noexcept {
+  const HeapText temporary{path == nullptr ? GetTempFile() : nullptr};
+  const char* report = path == nullptr ? temporary.get() : path;
+  if (report == nullptr) return SIT_NOT_FOUND;
+  if (const int opened = LogOpen(report, SIT_APPEND); opened != SIT_OK) return opened;
+  const int result = body();
+  static_cast<void>(LogClose(0));
+  return result;
 }
 
 }  // namespace sit

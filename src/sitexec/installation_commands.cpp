@@ -168,13 +168,9 @@ int GetDelvonFiles(const char* path, char* directory, const char* version_key) n
   sit::ensure_session();
   sit::ensure_installations();
   if (directory == nullptr || version_key == nullptr) return SIT_FAILED;
-  const sit::HeapText temporary{path == nullptr ? GetTempFile() : nullptr};
-  const char* report = path == nullptr ? temporary.get() : path;
-  if (report == nullptr) return SIT_NOT_FOUND;
-  if (const int opened = LogOpen(report, SIT_APPEND); opened != SIT_OK) return opened;
-  const int result = collect_delvon_files(directory, VersionKey{version_key});
-  static_cast<void>(LogClose(0));
-  return result;
+  return sit::run_appending(path, [directory, version_key] {
+    return collect_delvon_files(directory, VersionKey{version_key});
+  });
 }
 
 }  // extern "C"

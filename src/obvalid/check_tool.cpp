@@ -1,0 +1,170 @@
+// One check tool of an installation: running it and reading what it prints about its brokers.
+#include <string_view>
+
+#include "commfile.h"
+#include "files.h"
+#include "handles.h"
+#include "obvalid/logs.h"
+#include "sit/commutils.h"
+#include "sit/situtil.h"
+#include "situtil/shell.h"
+#include "situtil/temp_file.h"
+
+namespace {
+
+constexpr int kNoMemory = 1;
+constexpr int kNoTool = 10000;
+constexpr std::string_view kHeader = "Configuration Information for";
+
+bool contains(std::string_view line, std::string_view words) noexcept {
+  return line.find(words) != std::string_view::npos;
+}
+
+// The broker that a header line names: what stands behind its last point, or else behind the
+// header's words.
+std::string_view object_name(std::string_view line) noexcept {
+  if (line.ends_with('\n')) line.remove_suffix(1);
+  if (line.size() >= 2) {
+    const std::size_t point = line.rfind('.', line.size() - 2);
+    if (point != std::string_view::npos) return sit::tail(line, point + 1);
+  }
+  const std::size_t header = line.find(kHeader);
+  return header == std::string_view::npos ? std::string_view{}
+                                          : sit::tail(line, header + kHeader.size());
+}
+
+// Goes through the lines of a check tool: notes what they tell of log and parameter files, and
+// writes them into the report.
+class BrokerLines {
+ public:
+  BrokerLines(const char* version, std::string_view type, const sit::LineText& broker) noexcept
+      : version_(version),
+        has_work_directories_(type == "AP" || type == "WP"),
+        is_of_one_broker_(!broker.empty()),
+        name_(broker) {}
+
+  void take(const sit::Piece& piece) noexcept {
+    const std::string_view line = sit::up_to_nul(piece.text);
+    if (line == "\n") return;
+    look_for_failure(line);
+    if (result_ != SIT_OK) return;
+    if (!is_of_one_broker_ && line.starts_with('C') && contains(line, kHeader)) begin(piece);
+    if (has_work_directories_) {
+      look_for_work_directory(piece);
+      look_for_parameter_file(piece);
+    }
+    sit::note_log(piece, version_, name_.c_str());
+    sit::log_bytes(piece.text);
+  }
+
+  int finish() noexcept {
+    list_parameter_file();
+    return result_;
+  }
+
+ private:
+  void look_for_failure(std::string_view line) noexcept {
+    if (is_of_one_broker_ && contains(line, "Cannot find ")) result_ = SIT_NO_SUCH_BROKER;
+    if (contains(line, "Cannot load property ")) result_ = SIT_PROPERTY_NOT_LOADED;
+  }
+
+  void begin(const sit::Piece& header) noexcept {
+    LogMsg("\n\n");
+    name_ = sit::LineText{};
+    if (header.goes_on) {
+      sit::log_cut_value(sit::kCheckToolOutput);
+    } else {
+      char name[sit::LineText::kMaxLength + 1];
+      SetObjectName(name, sit::line_text(sit::up_to_nul(header.text)).c_str());
+      name_ = sit::line_text(name);
+    }
+    knows_work_directory_ = false;
+    list_parameter_file();
+  }
+
+  void look_for_work_directory(const sit::Piece& piece) noexcept {
+    if (knows_work_directory_) return;
+    knows_work_directory_ = sit::read_value(piece, "workDir", work_directory_) == SIT_OK;
+    if (!knows_work_directory_) work_directory_ = sit::LineText{};
+  }
+
+  void look_for_parameter_file(const sit::Piece& piece) noexcept {
+    const std::string_view line = sit::up_to_nul(piece.text);
+    if (!line.starts_with("srvrStartupParam")) return;
+    LogMsgV("ValidateOBInstace: srvrStartupParam : %s\n", sit::line_text(line).c_str());
+    parameter_file_ = sit::parameter_file_of(piece);
+  }
+
+  // Waits for the end of the broker's lines: its work directory may stand behind the parameters.
+  void list_parameter_file() noexcept {
+    Add_pf_name(work_directory_.c_str(), parameter_file_.get());
+    parameter_file_.reset();
+  }
+
+  const char* version_;
+  bool has_work_directories_;
+  bool is_of_one_broker_;
+  sit::LineText name_;
+  sit::LineText work_directory_;
+  bool knows_work_directory_ = false;
+  sit::HeapText parameter_file_;
+  int result_ = SIT_OK;
+};
+
+// The blanks are those of the tools' documented command line, empty places included.
+bool compose_command(sit::ToolCommand& command, const char* tool, std::string_view broker,
+                     std::string_view location) noexcept {
+  if (!command.append("  ") || !sit::append_quoted(command, tool) || !command.append(" ")) {
+    return false;
+  }
+  sit::BoundedText<sit::LineText::kMaxLength + 2> name;
+  const bool has_name = broker.empty() ? command.append("  ")
+                                       : name.append({" ", broker}) && command.append(" -name ") &&
+                                             sit::append_quoted(command, name.view());
+  return has_name && command.append({" ", location.empty() ? "" : "-f", " "}) &&
+         sit::append_quoted(command, location.empty() ? location : obroker) &&
+         command.append(" -v ");
+}
+
+}  // namespace
+
+extern "C" {
+
+int SetObjectName(char* buffer, const char* line) noexcept {
+  if (buffer == nullptr) return kNoMemory;
+  const sit::HeapText copy = sit::duplicate(object_name(sit::text_of(line)));
+  const sit::HeapText trimmed{StringTrim(copy.get())};
+  sit::LineText name;
+  const bool fits = trimmed != nullptr && sit::compose(name, "The name", {trimmed.get()});
+  stcopy(buffer, name.c_str());
+  return fits ? SIT_OK : kNoMemory;
+}
+
+int ValidateOBInstance(const char* version, const char* tool, const char* broker,
+                       const char* location, const char* type) noexcept {
+  if (sit::is_missing(tool)) return kNoTool;
+  sit::LineText name;
+  if (!sit::compose(name, "The broker name", {sit::text_of(broker)})) return SIT_NO_SUCH_BROKER;
+  sit::ToolCommand command;
+  if (!compose_command(command, tool, name.view(), sit::text_of(location))) {
+    sit::log_unfit_command(tool);
+    return SIT_NOT_FOUND;
+  }
+  LogMsgV("Ready to execute %s\n", command.c_str());
+  const sit::TempFile output;
+  sit::UniqueFd file;
+  if (output.has_name()) {
+    LogCmdOutput(command.c_str(), output.name());
+    file = sit::open_for_reading(output.name());
+  }
+  if (!file.is_open()) {
+    LogMsg("ERROR: Could not capture the output of %s\n", tool);
+    return SIT_NOT_FOUND;
+  }
+  BrokerLines lines{version, sit::text_of(type), name};
+  sit::PieceReader reader{file.get(), sit::size_to_read(file.get())};
+  for (sit::Piece piece; reader.next(piece);) lines.take(piece);
+  return lines.finish();
+}
+
+}  // extern "C"

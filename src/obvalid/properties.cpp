@@ -1,0 +1,65 @@
+// What both validations do with their properties file.
+#include <cerrno>
+#include <string_view>
+
+#include "commfile.h"
+#include "obvalid/obvalid.h"
+#include "pelver/keys.h"
+#include "sit/situtil.h"
+
+namespace {
+
+int copy_as(const char* path, const char* destination, std::string_view name) noexcept {
+  sit::Path target;
+  if (sit::is_missing(destination)) return EINVAL;
+  if (!sit::compose(target, "The path", {destination, "/", name})) return ENAMETOOLONG;
+  return Copy_File(path, target.c_str(), 0);
+}
+
+}  // namespace
+
+void sit::log_cut_value(const char* where) noexcept {
+  LogMsg("ERROR: A value in %s goes beyond the first %d characters of its line and is not used.\n",
+         where, static_cast<int>(kPieceLength));
+}
+
+sit::RuleText sit::rule(char character, std::size_t count) noexcept {
+  RuleText text;
+  for (std::size_t i = 0; i < count; ++i) static_cast<void>(text.append({&character, 1}));
+  return text;
+}
+
+void sit::log_unfit_command(const char* tool) noexcept {
+  LogMsg("ERROR: The command of %s is longer than %d characters and is not run.\n", tool,
+         static_cast<int>(ToolCommand::kMaxLength));
+}
+
+bool sit::is_directory(unsigned mode) noexcept {
+  constexpr unsigned kDirectoryBit = 0x4000;
+  return (mode & kDirectoryBit) != 0;
+}
+
+bool sit::is_file(const char* path, const char* what) noexcept {
+  const unsigned mode = FileExists(path);
+  if (mode == 0) {
+    LogMsg("ERROR: Could not find %s: %s\n", what, path);
+  } else if (is_directory(mode)) {
+    LogMsg("ERROR: Could not  find the %s. %s is a directory!\n", what, path);
+  } else {
+    return true;
+  }
+  return false;
+}
+
+int sit::copy_properties(const PHMVER& record, const char* path, const char* destination,
+                         const char* announcement) noexcept {
+  VersionedName name;
+  int error = ENAMETOOLONG;
+  if (name.append({base_name(path), "."}) && append_version(record.version, record.bitness, name)) {
+    LogMsg(announcement, path, name.c_str());
+    error = copy_as(path, destination, name.view());
+  }
+  if (error == 0) return SIT_OK;
+  LogMsg("ERROR: Could not copy file, errno = %d\n\n", error);
+  return SIT_COPY_FAILED;
+}
