@@ -2,12 +2,14 @@
 // Usage: bench_sit BENCH_HOST PLUGIN
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "sit/sit.h"
@@ -113,6 +115,70 @@ void compare_installations(const std::string& folder, const std::string& report)
   pphm = nullptr;
 }
 
+// The bytes this process has read so far.
+long bytes_read() {
+  std::ifstream counts("/proc/self/io");
+  std::string name;
+  long value = 0;
+  while (counts >> name >> value && name != "rchar:") {
+  }
+  return value;
+}
+
+// A log of 1 MB as a whole, and the last megabyte of a sparse one of 8 GiB.
+void compare_log_copies(const std::string& folder) {
+  constexpr std::uintmax_t kSparse = std::uintmax_t{8} << 30U;
+  constexpr int kLines = 16384;
+  const std::string log = folder + "/log";
+  const std::string copy = folder + "/copy";
+  std::ofstream lines(log);
+  for (int i = 0; i < kLines; ++i)
+    lines << "A line of a log that is 63 characters long without its end 12345\n";
+  lines.close();
+  fs::resize_file(log, 1U << 20U);
+  compare(
+      "Copy_File, 1 MB", [&] { Copy_File(log.c_str(), copy.c_str(), 1); }, "cp",
+      [&] { static_cast<void>(std::system(("cp " + log + " " + copy).c_str())); }, 2.0, 51);
+  fs::resize_file(log, kSparse);
+  const long before = bytes_read();
+  const double took = seconds_of([&] { Copy_File(log.c_str(), copy.c_str(), 1); });
+  std::printf("Copy_File, trimming 8 GiB: %.3f ms (limit 20), %ld bytes read (1048576 kept)\n",
+              took * 1e3, bytes_read() - before);
+}
+
+// Brokers of one check tool, ten lines each.
+void compare_validation(const std::string& folder) {
+  constexpr int kBrokers = 300;
+  const std::string output = folder + "/brokers";
+  const std::string tool = folder + "/tool";
+  std::ofstream lines(output);
+  for (int i = 0; i < kBrokers; ++i) {
+    const std::string name = "broker" + std::to_string(i);
+    lines << "Configuration Information for OstrelBroker.AP." << name << "\nworkDir: /work/" << name
+          << "\nsrvrStartupParam: -pf start.pf -q\nsrvrLogFile: /work/" << name
+          << ".server.log\nbrokerLogFile: /work/" << name << ".broker.log\n";
+    for (const char* other : {"portNumber", "minServers", "maxServers", "uuid", "userName"}) {
+      lines << other << ": " << i << "\n";
+    }
+  }
+  lines.close();
+  std::ofstream(tool) << "#!/bin/sh\nwhile read -r line; do echo \"$line\"; done < " << output
+                      << "\n";
+  fs::permissions(tool, fs::perms::owner_all);
+  const std::string report = folder + "/report.txt";
+  LogOpen(report.c_str(), 64);
+  compare(
+      "A check tool's 300 brokers",
+      [&] {
+        ValidateOBInstance("10.1B", tool.c_str(), nullptr, "", "AP");
+        std::free(std::exchange(plistpfname, nullptr));
+      },
+      "the tool into a file",
+      [&] { static_cast<void>(std::system((tool + " > " + folder + "/listing").c_str())); }, 1.2,
+      21);
+  LogClose(1);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -131,6 +197,8 @@ int main(int argc, char** argv) {
       [&] { static_cast<void>(std::system(("true > " + folder + "/out 2>&1").c_str())); }, 1.3,
       501);
   compare_installations(folder, report);
+  compare_log_copies(folder);
+  compare_validation(folder);
   std::printf("Peak memory of a C host during GetSysInfo (limit 8192 kB): ");
   std::fflush(stdout);
   const std::string host = std::string(argv[1]) + " " + argv[2] + " " + report;

@@ -16,11 +16,6 @@ std::string usage_of(const Entry& entry) {
   return usage;
 }
 
-std::string meaning_for(const Entry& entry, int code) {
-  const auto own = entry.meanings.find(code);
-  return own == entry.meanings.end() ? meaning_of(code) : own->second;
-}
-
 }  // namespace
 
 int call(const Plugin& plugin, const std::string& name, const std::vector<std::string>& arguments) {
@@ -33,7 +28,7 @@ int call(const Plugin& plugin, const std::string& name, const std::vector<std::s
     std::cout << *outcome.text << (outcome.text->ends_with('\n') ? "" : "\n");
   }
   if (!outcome.code) return 0;
-  std::cout << name << " returned " << *outcome.code << ": " << meaning_for(entry, *outcome.code)
+  std::cout << name << " returned " << *outcome.code << ": " << meaning_of(entry, *outcome.code)
             << "\n";
   return *outcome.code == 0 || entry.number_is_an_answer ? 0 : 1;
 }

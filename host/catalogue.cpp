@@ -85,6 +85,17 @@ std::vector<Entry> make_catalogue() {
           {.name = "GetDelvonFiles",
            .argument_names = {"report path or null", "directory", "version key"},
            .writes = "copies of a monitoring installation's files into a new folder"}),
+      with_signature<decltype(::GetOBValidationInfo)>(
+          {.name = "GetOBValidationInfo",
+           .argument_names = {"destination directory", "report path", "version key", "mode",
+                              "ignored", "plugins file", "connection-manager file"},
+           .writes = "\"Validation of Ostrel Broker properties file\", \"PARAMETER FILES\", "
+                     "\"Validation of Connection Manager properties file\"; copies of both files"}),
+      with_signature<decltype(::OBCopyFiles)>(
+          {.name = "OBCopyFiles",
+           .argument_names = {"report path or null", "name", "version", "destination directory"},
+           .writes = "copies of the log files of a broker, a database or the admin server",
+           .meanings = {{1, "no log file is known by this name"}}}),
       with_signature<decltype(::GetNetscapeInfo)>(
           {.name = "GetNetscapeInfo",
            .argument_names = {"report path", "server root", "server name"},

@@ -16,6 +16,7 @@
 #include <sstream>
 #include <system_error>
 
+#include "catalogue.h"
 #include "meaning.h"
 #include "progress.h"
 #include "sit/pelver.h"
@@ -88,7 +89,9 @@ std::vector<std::string> prepare(const Plugin& plugin, const CollectOptions& opt
 Done run(const Plugin& plugin, const Step& step, const std::filesystem::path& folder,
          const std::string& label, bool live) {
   const std::filesystem::path report = folder / step.file;
-  std::filesystem::create_directories(report.parent_path());
+  // Where this fails, the step says why there is no report.
+  std::error_code ignored;
+  std::filesystem::create_directories(report.parent_path(), ignored);
   const auto start = std::chrono::steady_clock::now();
   int code = 0;
   {
@@ -118,7 +121,7 @@ void print_table(const std::vector<Done>& steps) {
   row("Step", "Result", "Seconds", "Bytes", "File", "Meaning");
   for (const Done& done : steps) {
     row(done.step.command, done.code, done.seconds, done.bytes, done.step.file.string(),
-        meaning_of(done.code));
+        meaning_of(find_entry(done.step.command), done.code));
   }
 }
 
@@ -137,7 +140,8 @@ int collect(const Plugin& plugin, const CollectOptions& options) {
                               std::to_string(steps.size()) + ", " + step.command;
     finished.push_back(run(plugin, step, folder, label, live));
     if (live) continue;
-    std::cout << label << ": " << meaning_of(finished.back().code) << "\n" << std::flush;
+    std::cout << label << ": " << meaning_of(find_entry(step.command), finished.back().code) << "\n"
+              << std::flush;
   }
   print_table(finished);
   std::cout << "\nReports are in " << folder.string() << "\n";

@@ -48,6 +48,8 @@ void describe(CLI::App& app, CommandLine& line) {
            "COMMAND");
   add_wish("--capture-library", line.libraries, "call an entry point, keep the files it writes",
            "PATH,ENTRY");
+  add_wish("--brokers", line.collect.wishes.brokers,
+           "copy only the logs of this broker, \"db:\" database, or \"admsrv\"", "NAME");
   collect->add_flag("--verbose", line.collect.verbose, "diagnostic lines in the reports");
 
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
@@ -86,7 +88,10 @@ int run_chosen(const CLI::App& app, const CommandLine& line) {
     return 0;
   }
   std::vector<std::string> names = host::catalogue_names();
-  names.emplace_back("pphm");
+  for (const char* used :
+       {"pphm", "logs", "RmPatchInfoPHM", "IsCorrectProduct", "FindAdminServer"}) {
+    names.emplace_back(used);
+  }
   const host::Plugin plugin(line.plugin, names);
   if (line.version) {
     std::cout << "sit " << *host::find_entry("GetAPIVersion").call(plugin, {}).text << "\n";

@@ -1,10 +1,13 @@
-// What the result codes of the plug-in mean.
+// What a result code means, in words.
 #pragma once
 
 #include <string>
 
+#include "catalogue.h"
+
 namespace host {
 
-[[nodiscard]] std::string meaning_of(int code);
+// What the call `entry` means by it.
+[[nodiscard]] std::string meaning_of(const Entry& entry, int code);
 
 }  // namespace host

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 
+#include "logs.h"
 #include "sit/codes.h"
 #include "sit/pelver.h"
 #include "sit/sitexec.h"
@@ -53,6 +54,22 @@ Step monitor_files_step(const std::string& key) {
           }};
 }
 
+Step validation_step(const std::string& key) {
+  return {"GetOBValidationInfo", Path(folder_of(key)) / "validation.txt",
+          [key](const Plugin& plugin, const Path& report) {
+            return plugin.function<decltype(::GetOBValidationInfo)>("GetOBValidationInfo")(
+                report.parent_path().c_str(), report.c_str(), key.c_str(), SIT_CREATE, 0, "", "");
+          }};
+}
+
+// The logs are those that the validation has found.
+Step logs_step(const std::string& key, const std::vector<std::string>& names) {
+  return {"OBCopyFiles", Path(folder_of(key)) / "logs" / "messages.txt",
+          [=](const Plugin& plugin, const Path& report) {
+            return copy_logs(plugin, key, names, report);
+          }};
+}
+
 Step netscape_step(const std::string& root, const std::string& name, std::size_t number) {
   return {"GetNetscapeInfo", "netscape-" + std::to_string(number) + ".txt",
           [=](const Plugin& plugin, const Path& report) {
@@ -95,7 +112,12 @@ std::vector<Step> collection_steps(const std::vector<std::string>& version_keys,
     steps.push_back(installation_step("GetPelCFGInfo", "configuration.txt", key));
     steps.push_back(installation_step("GetPelInstFiles", "files.txt", key));
     steps.push_back(installation_step("GetPelSecurityLog", "security.txt", key));
-    if (is_monitor_key(key)) steps.push_back(monitor_files_step(key));
+    if (is_monitor_key(key)) {
+      steps.push_back(monitor_files_step(key));
+    } else {
+      steps.push_back(validation_step(key));
+      steps.push_back(logs_step(key, wishes.brokers));
+    }
   }
   std::size_t number = 0;
   for (const auto& [root, name] : wishes.netscape) {

@@ -17,6 +17,7 @@ struct Wishes {
   std::vector<std::string> apache;                             // server root
   std::vector<std::string> commands;                           // to capture
   std::vector<std::pair<std::string, std::string>> libraries;  // to capture: path, entry point
+  std::vector<std::string> brokers;  // whose logs to copy, as OBCopyFiles names them; none: all
 };
 
 struct Step {

@@ -2,19 +2,68 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <map>
 #include <regex>
 
 #include "support/sit_test.h"
 
 namespace {
 
+namespace fs = std::filesystem;
 using test::Ran;
 using test::read_file;
 using test::run;
 
+// The files below a folder, by their path there.
+std::map<std::string, std::string> files_below(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) {
+      files[entry.path().lexically_relative(folder)] = read_file(entry.path());
+    }
+  }
+  return files;
+}
+
 class Host : public test::SitTest {
  protected:
   static Ran sit(const std::string& arguments) { return run(std::string(HOST) + " " + arguments); }
+
+  // The whole validation report and everything copied beside it.
+  static void expect_validation_of(const std::string& sample, const fs::path& collected) {
+    std::string report = read_file(EXPECTED "/sample_validation.txt");
+    for (std::size_t at = 0; (at = report.find("@DIR@")) != std::string::npos;) {
+      report.replace(at, 5, sample);
+    }
+    EXPECT_EQ(test::without_header(read_file(collected / "validation.txt")), report);
+    for (const std::string name : {"obroker.properties", "conmgr.properties"}) {
+      EXPECT_EQ(read_file(collected / (name + ".101B")),
+                read_file(sample + "/pel/properties/" + name));
+    }
+    std::map<std::string, std::string> logs;
+    for (const auto& [file, content] : files_below(sample + "/pel/work")) {
+      const std::string name = fs::path(file).filename();
+      if (name.ends_with(".pf")) continue;
+      const std::string broker = name.substr(0, name.find('.'));
+      const bool is_admin_server = name == "AdminSrvConsole.log" || name == "adminsrv.log" ||
+                                   name == "cmdhandler.log" || name == "faults.log" ||
+                                   name == "general.log";
+      logs[(is_admin_server ? "adminserver/" : "brokers/" + broker + "/") + name] = content;
+    }
+    for (const std::string name : {"sports", "freight"}) {
+      logs["databases/" + name + "/" + name + ".lg"] =
+          read_file(sample + "/pel/databases/" + name + ".lg");
+    }
+    std::string& longest = logs["brokers/orders/orders.broker.log"];
+    longest = longest.substr(longest.find('\n', longest.size() - (1U << 20U)) + 1);
+    longest.insert(0, "PELINVENTORY:  File trimmed to 1 MB...\n\n");
+    auto copied = files_below(collected / "logs");
+    EXPECT_EQ(copied["messages.txt"].substr(copied["messages.txt"].rfind("\n\n\nCannot")),
+              "\n\n\nCannot find " + sample + "/pel/work/ferry.log. Skipping file copy.\n\n\n\n\n" +
+                  "Can't find " + sample + "/pel/work/asv0.exp... Skipping file copy\n\n");
+    copied.erase("messages.txt");
+    EXPECT_TRUE(copied == logs);
+  }
 };
 
 TEST_F(Host, CollectsThisMachine) {
@@ -32,7 +81,7 @@ TEST_F(Host, CollectsThisMachine) {
       "Reports are in (.*/sit-.+-\\d{8}-\\d{6})\n");
   std::smatch match;
   ASSERT_TRUE(std::regex_match(ran.output, match, expected)) << ran.output;
-  const std::filesystem::path folder = match[1].str();
+  const fs::path folder = match[1].str();
   struct stat status {};
   ASSERT_EQ(::stat(folder.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0700U);
@@ -58,7 +107,8 @@ TEST_F(Host, CollectsTheSampleInstallation) {
   for (const char* step :
        {"GetVersInfo:versions.txt", "GetSysInfo:system.txt", "GetEnvironInfo:environment.txt",
         "GetPelCFGInfo:10.1B/configuration.txt", "GetPelInstFiles:10.1B/files.txt",
-        "GetPelSecurityLog:10.1B/security.txt", "GetPelCFGInfo:2.1A-of-10.1B03/configuration.txt",
+        "GetPelSecurityLog:10.1B/security.txt", "GetOBValidationInfo:10.1B/validation.txt",
+        "OBCopyFiles:10.1B/logs/messages.txt", "GetPelCFGInfo:2.1A-of-10.1B03/configuration.txt",
         "GetPelInstFiles:2.1A-of-10.1B03/files.txt",
         "GetPelSecurityLog:2.1A-of-10.1B03/security.txt",
         "GetDelvonFiles:2.1A-of-10.1B03/delvon.txt", "GetNetscapeInfo:netscape-1.txt",
@@ -71,12 +121,29 @@ TEST_F(Host, CollectsTheSampleInstallation) {
   std::smatch match;
   ASSERT_TRUE(std::regex_search(ran.output, match, std::regex(rows))) << ran.output;
   EXPECT_NE(ran.output.find("10027"), std::string::npos);
-  const std::filesystem::path folder = *std::filesystem::directory_iterator(path("out"));
+  const fs::path folder = *fs::directory_iterator(path("out"));
   EXPECT_EQ(test::without_header(read_file(folder / "capture/command-1.txt")),
             "captured\n\n==End of Log==\n");
-  EXPECT_TRUE(std::filesystem::exists(folder / "capture/left"));
+  EXPECT_TRUE(fs::exists(folder / "capture/left"));
   EXPECT_EQ(read_file(folder / "2.1A-of-10.1B03/Delvon21APel101B/delvon.xml"),
             read_file(sample + "/delvon/conf/delvon.xml"));
+  expect_validation_of(sample, folder / "10.1B");
+}
+
+TEST_F(Host, CollectsTheLogsOfTheNamedBrokersOnly) {
+  const std::string sample = path("sample");
+  ASSERT_EQ(run(EXAMPLES "/install " + sample).status, 0);
+  const Ran ran =
+      run(". " + sample + "/environment && " HOST " collect --brokers portal --brokers " +
+          "db:Sports --output " + path("out"));
+  EXPECT_EQ(ran.status, 0) << ran.output;
+  const fs::path folder = *fs::directory_iterator(path("out"));
+  auto logs = files_below(folder / "10.1B/logs");
+  EXPECT_EQ(logs.erase("messages.txt"), 1U);
+  const std::map<std::string, std::string> expected{
+      {"brokers/portal/portal.log", read_file(sample + "/pel/work/portal.log")},
+      {"databases/sports/sports.lg", read_file(sample + "/pel/databases/sports.lg")}};
+  EXPECT_EQ(logs, expected);
 }
 
 TEST_F(Host, ShowsALiveLineOnATerminal) {
@@ -139,7 +206,7 @@ TEST_F(Host, SaysWhatIsWrongInOneLine) {
   }
   EXPECT_EQ(sit("collect --nosuch").status, 2);
   EXPECT_EQ(sit("--help").status, 0);
-  EXPECT_FALSE(std::filesystem::exists(path("out"))) << "nothing half done";
+  EXPECT_FALSE(fs::exists(path("out"))) << "nothing half done";
 }
 
 TEST_F(Host, ListNamesEveryCall) {
