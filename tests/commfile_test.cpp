@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 
@@ -133,6 +134,7 @@ TEST_F(Report, NothingOpenThenFullDisk) {
 TEST_F(Report, OpenedTwiceKeepsOneDescriptor) {
   ASSERT_EQ(LogOpen(path("first").c_str(), SIT_CREATE), 0);
   LogMsg("kept\n");
+  EXPECT_NE(::fcntl(test::open_descriptors().back(), F_GETFD) & FD_CLOEXEC, 0);
   ASSERT_EQ(LogOpen(path("second").c_str(), SIT_CREATE), 0);
   EXPECT_EQ(LogClose(0), 0);
   EXPECT_EQ(without_header(read_file(path("first"))), "kept\n");

@@ -131,6 +131,10 @@ TEST_F(Brokers, OutputOfCheckTools) {
     std::string files;
   } cases[] = {
       {two, 0, "AP", nullptr, shown, "/w/1/a.pf,/w/2/b c.pf"},
+      {kHeader + "one\nworkDir: /w\n" + kHeader + "two\nsrvrStartupParam: -pf b.pf\n", 0, "AP",
+       nullptr,
+       "\n\n" + kHeader + "one\nworkDir: /w\n\n\n" + kHeader + "two\nsrvrStartupParam: -pf b.pf\n",
+       "b.pf"},
       {two, 0, "WP", "", shown, "/w/1/a.pf,/w/2/b c.pf"},
       {two, 0, "AP", "two",
        shown.substr(2, shown.find("\n\n\n") - 1) + shown.substr(shown.rfind("\n\n") + 2),

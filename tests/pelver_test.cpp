@@ -314,6 +314,9 @@ TEST_F(Discovery, FrameworkVersionFile) {
     std::fclose(output);
     EXPECT_EQ(taken(text), message);
   }
+  int records = 0;
+  for (const PHMVER* record = pphm; record != nullptr; record = record->next) ++records;
+  EXPECT_EQ(records, 3);
 }
 
 }  // namespace

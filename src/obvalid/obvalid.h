@@ -14,8 +14,7 @@
 
 namespace sit {
 
-// Says that a value is not used because its line goes on behind the piece that was read of it.
-void log_cut_value(const char* where) noexcept;
+// Where a value stood that log_cut_value is told of.
 inline constexpr const char* kCheckToolOutput = "the output of a check tool";
 
 // The command line of one of the installation's tools. One that does not fit is not run, which

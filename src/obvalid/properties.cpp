@@ -18,11 +18,6 @@ int copy_as(const char* path, const char* destination, std::string_view name) no
 
 }  // namespace
 
-void sit::log_cut_value(const char* where) noexcept {
-  LogMsg("ERROR: A value in %s goes beyond the first %d characters of its line and is not used.\n",
-         where, static_cast<int>(kPieceLength));
-}
-
 sit::RuleText sit::rule(char character, std::size_t count) noexcept {
   RuleText text;
   for (std::size_t i = 0; i < count; ++i) static_cast<void>(text.append({&character, 1}));

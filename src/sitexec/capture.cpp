@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <span>
 #include <string_view>
 
 #include "commfile.h"
@@ -38,6 +39,15 @@ class WorkingDirectory {
   void go_back() const noexcept {
     if (start_.is_open() && ::fchdir(start_.get()) == 0) return;
     if (path_[0] != '\0') change_directory(path_.data());
+  }
+
+  // Completes a path that is relative to this directory, if there is room for that.
+  void complete(std::span<char> path) const noexcept {
+    sit::Path whole;
+    if (path[0] == '/' || path_[0] == '\0' || !sit::join_path(whole, {path_.data(), path.data()})) {
+      return;
+    }
+    static_cast<void>(sit::store(path, whole.view()));
   }
 
  private:
@@ -93,11 +103,14 @@ void write_outcome(const Capture& capture, bool failed, const char* error) noexc
   LogMsg("\n\n");
 }
 
-// Opens the index where its path was meant, and comes back. Returns what opening gave.
+// Opens the index where its path was meant, and comes back: its directory, where temporary files
+// may have to go, is then told from the root. Returns what opening gave.
 int reopen_index(const char* index, const WorkingDirectory& start) noexcept {
   const WorkingDirectory here;
   start.go_back();
-  return LogOpen(index, SIT_APPEND);
+  const int opened = LogOpen(index, SIT_APPEND);
+  if (opened == SIT_OK && pc != nullptr) start.complete(pc->reportDir);
+  return opened;
 }
 
 }  // namespace

@@ -3,10 +3,16 @@
 #include <algorithm>
 #include <cstring>
 
+#include "commfile.h"
 #include "commutils/views.h"
 #include "files.h"
 
 namespace sit {
+
+void log_cut_value(const char* where) noexcept {
+  LogMsg("ERROR: A value in %s goes beyond the first %d characters of its line and is not used.\n",
+         where, static_cast<int>(kPieceLength));
+}
 
 // Reads until a whole piece is there. One character more than a piece tells whether the text goes
 // on after it.

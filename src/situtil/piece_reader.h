@@ -27,6 +27,9 @@ using LineText = BoundedText<kPieceLength + 1>;
   return text;
 }
 
+// Says that a value is not used because its line goes on behind the piece that was read of it.
+void log_cut_value(const char* where) noexcept;
+
 class PieceReader {
  public:
   // Reads `most` bytes at most. Does not own the descriptor.

@@ -25,8 +25,7 @@ bool ConfReader::next(std::string_view& line) noexcept {
 
 bool ConfReader::cuts(const ConfValue& value) const noexcept {
   if (!goes_on_ || !value.is_open) return false;
-  LogMsg("ERROR: A value in %s goes beyond the first %d characters of its line and is not used.\n",
-         path_, static_cast<int>(kPieceLength));
+  log_cut_value(path_);
   return true;
 }
 

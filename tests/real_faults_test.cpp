@@ -1,0 +1,295 @@
+// Every collection command under the faults that machines and hosts are known for.
+#include <fcntl.h>
+#include <sched.h>
+#include <sys/mman.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <utility>
+
+#include "support/sit_test.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::read_file;
+using test::set_environment;
+
+constexpr const char* kReport = "disk/reports/r";
+constexpr const char* kCopies = "disk/copies";
+constexpr const char* kTemporary = "disk/tmp";
+constexpr const char* kLog = "disk/copies/orders.broker.log";
+const std::string kBefore = std::string(4095, 'b') + "\n";  // a page: no room is left in its last
+
+struct Command {
+  const char* name;
+  int (*run)();
+  bool makes_report = false;  // else it appends to one
+  bool tells_closing = true;  // its result is that of closing the report
+};
+const Command kCommands[] = {
+    {"GetSysInfo", [] { return GetSysInfo(kReport, 0, 0, 1); }},
+    {"GetVersInfo", [] { return GetVersInfo(kReport, 0, 1, 1); }},
+    {"GetEnvironInfo", [] { return GetEnvironInfo(kReport, 0, 1); }},
+    {"GetPelCFGInfo", [] { return GetPelCFGInfo(kReport, "10.1B", 1024, 1, 1); }},
+    {"GetPelInstFiles", [] { return GetPelInstFiles(kReport, "10.1B", 1024, 0, 1); }},
+    {"GetPelSecurityLog", [] { return GetPelSecurityLog(kReport, "10.1B", 1024, 0, 1); }},
+    {"GetOBValidationInfo",
+     [] { return GetOBValidationInfo(kCopies, kReport, "10.1B", 1024, 0, "", ""); }},
+    {"GetNetscapeInfo", [] { return GetNetscapeInfo(kReport, "sample/netscape", "shop"); }, true},
+    {"GetApacheInfo", [] { return GetApacheInfo(kReport, "sample/apache"); }, true},
+    {"OBCopyFiles", [] { return OBCopyFiles(kReport, "orders", "10.1B03", kCopies); }, false,
+     false},
+    {"RunCommand", [] { return RunCommand("echo x", "", 0, kCopies, ".", "out", kReport); }, false,
+     false},
+    {"GetDelvonFiles",
+     [] {
+       char folder[SIT_PATH_BYTES] = "disk/copies";
+       return GetDelvonFiles(kReport, folder, "2.1A:10.1B03");
+     },
+     false, false}};
+
+struct Outcome {
+  std::string command;
+  int result;
+  std::string says = {};  // in the report
+};
+struct Fault {
+  const char* name;
+  bool (*begin)();  // false where the machine does not allow it
+  void (*end)();
+  int closing = 0;                     // what closing the report gives
+  std::vector<Outcome> outcomes = {};  // of the commands with another one
+  friend std::ostream& operator<<(std::ostream& out, const Fault& f) { return out << f.name; }
+};
+
+bool with_private_mounts() {
+  static const bool can_mount = ::unshare(CLONE_NEWNS) == 0 &&
+                                ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
+  return can_mount;
+}
+
+// Moves a folder to a small disk of its own, unless it is there, and takes that disk's last byte.
+bool fill(const char* folder) {
+  if (!with_private_mounts()) return false;
+  if (fs::create_directory("small")) {
+    if (::mount("tmpfs", "small", "tmpfs", 0, "size=8m,mode=777") != 0) return false;
+    fs::copy(folder, "small", fs::copy_options::recursive);
+    if (::mount("small", folder, nullptr, MS_BIND, nullptr) != 0) return false;
+  }
+  std::ofstream("small/filler") << std::string(9U << 20U, 'x') << std::flush;
+  return true;
+}
+void make_room() { fs::remove("small/filler"); }
+
+bool limit(__rlimit_resource what, rlim_t most) {
+  rlimit now{};
+  ::getrlimit(what, &now);
+  now.rlim_cur = std::min(most, now.rlim_max);
+  return ::setrlimit(what, &now) == 0;
+}
+bool leave_descriptors(int count) {
+  const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
+  ::close(next);
+  return limit(RLIMIT_NOFILE, static_cast<rlim_t>(next + count));
+}
+void give_descriptors() { limit(RLIMIT_NOFILE, 1024); }
+
+// Not with SA_RESTART: what the plug-in waits for is really interrupted.
+bool handle(int signal, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  return ::sigaction(signal, &action, nullptr) == 0;
+}
+void leave_children() { handle(SIGCHLD, SIG_DFL); }
+bool tick(suseconds_t interval) {
+  const itimerval often{{0, interval}, {0, interval}};
+  return handle(SIGALRM, [](int) {}) && ::setitimer(ITIMER_REAL, &often, nullptr) == 0;
+}
+
+constexpr std::size_t kGigabyte = 1U << 30U;
+void* resident = nullptr;
+bool grow_by_a_gigabyte() {
+  constexpr int kKind = MAP_PRIVATE | MAP_ANONYMOUS;
+  if (resident != nullptr) return true;
+  resident = ::mmap(nullptr, kGigabyte, PROT_READ | PROT_WRITE, kKind, -1, 0);
+  ::madvise(resident, kGigabyte, MADV_NOHUGEPAGE);  // the most page tables that it can have
+  return resident != MAP_FAILED && std::memset(resident, 'x', kGigabyte) == resident;
+}
+
+const Outcome kNotValidated{"GetOBValidationInfo", SIT_VALIDATION_FAILED};
+const Outcome kNoStatus{"GetSysInfo", 0, "Unable to extract information."};
+const Fault kFaults[] = {
+    {"ReportIsDevFull", [] { return ::rename(kReport, "r"), !::symlink("/dev/full", kReport); },
+     [] { ::unlink(kReport), ::rename("r", kReport); }, ENOSPC},
+    {"ReportsOnFullDisk", [] { return fill("disk/reports"); }, make_room, ENOSPC},
+    {"CopiesToFullDisk",
+     [] { return fill(kCopies); },
+     make_room,
+     0,
+     {{"GetOBValidationInfo", SIT_VALIDATION_FAILED, "ERROR: Could not copy file, errno = 28"},
+      {"OBCopyFiles", 0, "orders.broker.log, ret = 28"},
+      {"GetDelvonFiles", 0, "No space left on device"}}},
+    {"TemporaryFilesOnFullDisk", [] { return fill(kTemporary); }, make_room, 0, {kNoStatus}},
+    {"EverythingOnFullDisk", [] { return fill("disk"); }, make_room, ENOSPC, {kNotValidated}},
+    {"FilesMayNotGrow",
+     [] { return handle(SIGXFSZ, SIG_IGN) && limit(RLIMIT_FSIZE, kBefore.size()); },
+     [] { limit(RLIMIT_FSIZE, RLIM_INFINITY), handle(SIGXFSZ, SIG_DFL); },
+     EFBIG,
+     {{"GetNetscapeInfo", 0}, {"GetApacheInfo", 0}}},
+    {"NoDescriptor",
+     [] { return leave_descriptors(0); },
+     give_descriptors,
+     EMFILE,
+     {{"OBCopyFiles", EMFILE}, {"GetDelvonFiles", EMFILE}, {"RunCommand", EMFILE}}},
+    {"OneDescriptor",
+     [] { return leave_descriptors(1); },
+     give_descriptors,
+     0,
+     {{"GetSysInfo", 0, "execcmdlist: Failed to create temp file, exiting"},
+      {"GetPelSecurityLog", 0, "LogCmdOutput: failed to create temp file"},
+      {"GetOBValidationInfo", SIT_VALIDATION_FAILED, "AdminServerPlugins.properties, errno = 24"},
+      {"OBCopyFiles", 0, "orders.broker.log, ret = 24"},
+      {"RunCommand", EMFILE},
+      {"GetApacheInfo", EMFILE},
+      {"GetNetscapeInfo", SIT_NO_SERVER_OF_NAME}}},
+    {"NoProcess",
+     [] {
+       test::run("chmod -R a+rwX disk .");
+       return limit(RLIMIT_NPROC, 0) && (::getuid() != 0 || ::setresuid(65534, 65534, 0) == 0);
+     },
+     [] { static_cast<void>(::setresuid(0, 0, 0)), limit(RLIMIT_NPROC, RLIM_INFINITY); },
+     0,
+     {kNotValidated,
+      {"GetSysInfo", 0, "Error forking uname -X, returned -1"},
+      {"GetPelSecurityLog", 0, "Error forking "},
+      {"RunCommand", 0, "Error forking ls "}}},
+    {"TemporaryFolderIsReadOnly",
+     [] {
+       return with_private_mounts() && !::mount(kTemporary, kTemporary, "", MS_BIND, "") &&
+              !::mount("", kTemporary, "", MS_REMOUNT | MS_BIND | MS_RDONLY, "");
+     },
+     [] { ::umount2(kTemporary, MNT_DETACH); }},
+    {"HostIgnoresItsChildren",
+     [] { return handle(SIGCHLD, SIG_IGN); },
+     leave_children,
+     0,
+     {kNoStatus}},
+    {"HostReapsEveryChild",
+     [] {
+       return handle(SIGCHLD, [](int) {
+         while (::waitpid(-1, nullptr, WNOHANG) > 0) continue;
+       });
+     },
+     leave_children,
+     0,
+     {kNoStatus}},
+    {"HostUnderATimer", [] { return tick(1000); }, [] { tick(0); }},
+    {"HostOfAGigabyte", grow_by_a_gigabyte, [] {}}};
+
+class RealFault : public test::SitTest, public testing::WithParamInterface<Fault> {
+ protected:
+  void SetUp() override {
+    SitTest::SetUp();
+    fs::current_path(path(""));
+    ASSERT_EQ(test::run(EXAMPLES "/install sample").status, 0);
+    for (const char* folder : {"disk/reports", kCopies, kTemporary}) fs::create_directories(folder);
+    set_environment("TMPDIR", path(kTemporary).c_str());
+    set_environment("PHM", path("sample/pel").c_str());
+    set_environment("DELVONINIT", path("sample/delvon/delvon.ini").c_str());
+  }
+  void TearDown() override {
+    for (const char* folder : {"disk/reports", kCopies, kTemporary, "disk", "small"}) {
+      ::umount2(folder, MNT_DETACH);
+    }
+    fs::current_path("/");
+    if (resident != nullptr) ::munmap(std::exchange(resident, nullptr), kGigabyte);
+    SitTest::TearDown();
+  }
+
+  // A report that holds something already, and a folder for copies that holds nothing.
+  static void prepare(const Command& command) {
+    for (const auto& entry : fs::directory_iterator(kCopies)) fs::remove_all(entry);
+    fs::remove(kReport);
+    if (!command.makes_report) test::write_file(kReport, kBefore);
+  }
+  // What the report says at any time: its lines without digits, and without the test's own mounts.
+  static std::string report() {
+    std::ifstream lines(kReport);
+    std::string text;
+    for (std::string line; std::getline(lines, line);) {
+      const bool is_fixed = line.find_first_of("0123456789") == std::string::npos;
+      if (is_fixed && line.find(kTemporary) == std::string::npos) text += line + "\n";
+    }
+    return text;
+  }
+};
+
+TEST_P(RealFault, HurtsNothing) {
+  const Fault& fault = GetParam();
+  for (const Command& command : kCommands) {
+    SCOPED_TRACE(command.name);
+    prepare(command);
+    EXPECT_EQ(command.run(), 0);
+    const std::string sound = report();
+
+    prepare(command);
+    const std::vector<int> descriptors = test::open_descriptors();
+    const bool has_begun = fault.begin();
+    const int result = has_begun ? command.run() : 0;
+    fault.end();
+    if (!has_begun) GTEST_SKIP() << "this machine does not allow it";
+    Outcome expected{command.name, command.tells_closing ? fault.closing : 0};
+    for (const Outcome& other : fault.outcomes) {
+      if (other.command == command.name) expected = other;
+    }
+    EXPECT_EQ(result, expected.result);
+    const std::string text = fs::exists(kReport) ? read_file(kReport) : "";
+    EXPECT_NE(text.find(expected.says), std::string::npos) << text;
+    EXPECT_TRUE(command.makes_report || text.starts_with(kBefore)) << "lost what was there";
+    const bool is_harmless = fault.closing == 0 && fault.outcomes.empty();
+    EXPECT_TRUE(!is_harmless || report() == sound) << text;
+    EXPECT_EQ(test::open_descriptors(), descriptors);
+    EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
+    EXPECT_EQ(test::run("ls disk/tmp disk/reports | grep sit").output, "") << "temporary files";
+    EXPECT_TRUE(!fs::exists(kLog) || fs::file_size(kLog) > 1048000) << "half a copy was left";
+
+    prepare(command);
+    EXPECT_EQ(command.run(), 0) << "afterwards";
+    EXPECT_EQ(report(), sound) << "afterwards";
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(With, RealFault, testing::ValuesIn(kFaults),
+                         [](const auto& fault) { return std::string(fault.param.name); });
+
+class LargeHost : public test::SitTest {};
+
+// The times are there to be read: how a machine copies page tables is its own affair.
+TEST_F(LargeHost, RunsCommands) {
+  const auto milliseconds = [](auto run) {
+    const auto start = std::chrono::steady_clock::now();
+    for (int i = 0; i < 20; ++i) EXPECT_EQ(run(), 0);
+    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() * 50;
+  };
+  for (const char* size : {"small host", "host of 1 GiB"}) {
+    std::cout << size << ": execcmd "
+              << milliseconds([this] { return execcmd("true", path("out").c_str()); })
+              << " ms, system " << milliseconds([] { return std::system("true"); }) << " ms\n";
+    ASSERT_TRUE(grow_by_a_gigabyte());
+  }
+  ::munmap(std::exchange(resident, nullptr), kGigabyte);
+}
+
+}  // namespace
