@@ -3,6 +3,7 @@
 #include <strings.h>
 
 #include <algorithm>
+#include <cstring>
 #include <system_error>
 
 #include "sit/obvalid.h"
@@ -28,7 +29,8 @@ std::string version_of(const Plugin& plugin, const std::string& key) {
     if (record->version == nullptr || is_product(record, SEL_PRODUCT) == 0) continue;
     std::string release = record->version;
     strip_patch(release.data());
-    if (key == release.c_str()) return record->version;
+    release.resize(std::strlen(release.c_str()));
+    if (key == release) return record->version;
   }
   return key;
 }
