@@ -17,11 +17,6 @@ std::string cut_value(const std::string& file) {
 
 class AdminServer : public test::InstallationTest {
  protected:
-  void TearDown() override {
-    test::set_environment("WRKDIR", nullptr);
-    std::free(record_.wrkDir);
-    InstallationTest::TearDown();
-  }
   [[nodiscard]] std::string own_file(int major) const {
     return dir() +
            (major == 9 ? "/AdminServerPlugins.dat" : "/properties/AdminServerPlugins.properties");

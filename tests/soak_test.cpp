@@ -102,9 +102,10 @@ TEST_F(Soak, ManyCallsHoldNoMoreThanAFew) {
   EXPECT_EQ(late.children, early.children);
 #ifndef __SANITIZE_ADDRESS__
   EXPECT_LE(late.pages, early.pages + 16);
-  // Else malloc counts what it keeps at hand as used.
+  // A block made anew may be one unit larger. Without that setting malloc also counts what it
+  // keeps at hand.
   const bool is_exact = std::getenv("GLIBC_TUNABLES") != nullptr;
-  EXPECT_EQ(is_exact ? late.bytes : early.bytes, early.bytes);
+  EXPECT_LE(late.bytes, early.bytes + (is_exact ? 128 : 4096));
 #endif
 }
 

@@ -111,6 +111,7 @@ void InstallationTest::SetUp() {
 
 void InstallationTest::TearDown() {
   pphm = nullptr;
+  for (char* owned : {record_.pluginsFile, record_.conmgrFile, record_.wrkDir}) std::free(owned);
   SitTest::TearDown();
 }
 
