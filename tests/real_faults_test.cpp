@@ -102,7 +102,7 @@ bool limit(__rlimit_resource what, rlim_t most) {
 bool leave_descriptors(int count) {
   const int next = ::open("/dev/null", O_RDONLY | O_CLOEXEC);
   ::close(next);
-  return limit(RLIMIT_NOFILE, static_cast<rlim_t>(next + count));
+  return limit(RLIMIT_NOFILE, static_cast<rlim_t>(next) + static_cast<rlim_t>(count));
 }
 void give_descriptors() { limit(RLIMIT_NOFILE, 1024); }
 

@@ -207,7 +207,8 @@ int main(int argc, char** argv) {
     all_well = run_all(*command) > 0;
   } else {
     const Span span = std::string(argv[5]) == "once" ? Span::kOnce : Span::kFromThereOn;
-    all_well = run_apart(*command, argv[3], std::atoi(argv[4]), span) != kFaulty;
+    all_well = run_apart(*command, argv[3], static_cast<int>(std::strtol(argv[4], nullptr, 10)),
+                         span) != kFaulty;
   }
   fs::remove_all(scratch);
   return all_well ? 0 : 1;

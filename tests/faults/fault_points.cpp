@@ -61,6 +61,7 @@ void mark_failed(FILE* stream) {
 
 #define REAL(function) (*real(&::function, #function))
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name)
 extern "C" {
 
 void* malloc(size_t size) { return fails(kMalloc, ENOMEM) ? nullptr : __libc_malloc(size); }
@@ -155,6 +156,7 @@ int fstat(int fd, struct stat* status) noexcept {
 }
 
 }  // extern "C"
+// NOLINTEND(readability-inconsistent-declaration-parameter-name)
 
 namespace faults {
 
