@@ -119,8 +119,8 @@ const std::vector<Entry>& catalogue() {
   return entries;
 }
 
-std::vector<std::string> catalogue_names() {
-  Names names;
+std::vector<std::string> plugin_names() {
+  Names names{"pphm", "logs", "RmPatchInfoPHM", "FindAdminServer", "Copy_File"};
   for (const Entry& entry : catalogue()) names.push_back(entry.name);
   return names;
 }

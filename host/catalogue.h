@@ -8,14 +8,9 @@
 #include <vector>
 
 #include "plugin.h"
+#include "support/failure.h"
 
 namespace host {
-
-// Arguments that the user gave and that do not fit the call.
-class UsageError : public Failure {
- public:
-  using Failure::Failure;
-};
 
 // What a call gave back: a number, a text, or neither.
 struct Outcome {
@@ -43,7 +38,8 @@ struct Entry {
 
 [[nodiscard]] const std::vector<Entry>& catalogue();
 
-[[nodiscard]] std::vector<std::string> catalogue_names();
+// Of all that the host uses of the plug-in.
+[[nodiscard]] std::vector<std::string> plugin_names();
 
 // Throws UsageError when there is no such entry.
 [[nodiscard]] const Entry& find_entry(const std::string& name);

@@ -1,153 +1,289 @@
 #include "collect.h"
 
-#include <sys/stat.h>
+#include <fcntl.h>
+#include <pwd.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <chrono>
-#include <cstdlib>
 #include <ctime>
-#include <iomanip>
 #include <iostream>
-#include <memory>
 #include <optional>
-#include <sstream>
-#include <system_error>
 
-#include "catalogue.h"
-#include "meaning.h"
-#include "progress.h"
-#include "sit/pelver.h"
-#include "sit/sitexec.h"
-#include "steps.h"
+#include "result/collection.h"
+#include "result/manifest.h"
+#include "result/progress.h"
+#include "result/summary.h"
+#include "support/failure.h"
+#include "support/mounts.h"
+#include "support/names.h"
+#include "support/text.h"
 
 namespace host {
 namespace {
 
-constexpr mode_t kOwnerOnly = 0700;
-constexpr mode_t kOwnerOnlyMask = 0077;
+std::string host_name() {
+  std::array<char, 256> name{};
+  return ::gethostname(name.data(), name.size() - 1) == 0 && name[0] != '\0' ? name.data()
+                                                                             : "machine";
+}
 
-struct Done {
-  Step step;
-  int code;
-  double seconds;
-  std::uintmax_t bytes;
-};
+std::string user_name() {
+  const passwd* user = ::getpwuid(::geteuid());
+  return user == nullptr ? "user " + std::to_string(::geteuid()) : user->pw_name;
+}
 
-std::string folder_name() {
-  std::array<char, 256> host{};
-  if (::gethostname(host.data(), host.size() - 1) != 0 || host[0] == '\0') host = {"machine"};
-  std::string name = host.data();
-  std::replace(name.begin(), name.end(), '/', '_');
+std::string folder_name(const CollectOptions& options, std::time_t now) {
   std::array<char, 32> time{};
-  const std::time_t now = std::time(nullptr);
   std::tm local{};
   ::localtime_r(&now, &local);
-  static_cast<void>(std::strftime(time.data(), time.size(), "-%Y%m%d-%H%M%S", &local));
-  return "sit-" + name + time.data();
+  static_cast<void>(std::strftime(time.data(), time.size(), "%Y%m%d-%H%M%S", &local));
+  const std::string label = options.label.empty() ? "" : "-" + safe_name(options.label);
+  return "sit-" + safe_name(host_name()) + label + "-" + time.data();
 }
 
-// A new folder that only its owner may look into: reports hold secrets.
-std::filesystem::path make_folder(const std::filesystem::path& parent) {
-  constexpr int kMostInOneSecond = 100;
-  std::error_code ignored;
-  std::filesystem::create_directories(parent, ignored);
-  const std::filesystem::path base = std::filesystem::absolute(parent) / folder_name();
-  for (int i = 1; i <= kMostInOneSecond; ++i) {
-    std::filesystem::path folder = base;
-    if (i > 1) (folder += "-") += std::to_string(i);
-    if (::mkdir(folder.c_str(), kOwnerOnly) == 0) return folder;
-    if (errno != EEXIST) break;
+// A file whose room is taken before it is needed, so that a disk that fills up leaves it whole.
+class ReservedFile {
+ public:
+  ReservedFile(const OutputFolder& folder, const std::string& name, off_t size)
+      : file_(folder.create(name)) {
+    for (; file_.is_open() && size > kLeast; size /= 2) {
+      if (::fallocate(file_.get(), FALLOC_FL_KEEP_SIZE, 0, size) == 0 || errno != ENOSPC) break;
+    }
   }
-  throw Failure("cannot make the output folder " + base.string() + ": " +
-                std::generic_category().message(errno));
+
+  // Writes all of the text or nothing.
+  [[nodiscard]] bool write(const std::string& text) const {
+    std::size_t written = 0;
+    while (file_.is_open() && written < text.size()) {
+      const ssize_t got = ::pwrite(file_.get(), text.data() + written, text.size() - written,
+                                   static_cast<off_t>(written));
+      if (got <= 0) break;
+      written += static_cast<std::size_t>(got);
+    }
+    const bool is_whole = file_.is_open() && written == text.size();
+    if (file_.is_open()) {
+      static_cast<void>(::ftruncate(file_.get(), is_whole ? static_cast<off_t>(written) : 0));
+    }
+    return is_whole;
+  }
+
+ private:
+  static constexpr off_t kLeast = 4096;
+  Descriptor file_;
+};
+
+// What the user's variables say of paths, told from the root: workers live in another folder.
+Environment environment_of_user() {
+  Environment environment;
+  for (const char* name : {"PHM", "DELVONINIT", "PELCFG", "WRKDIR", "JREHOME", "JAVA_HOME"}) {
+    const char* value = std::getenv(name);
+    if (value == nullptr || *value == '\0' || *value == '/') continue;
+    environment[name] = std::filesystem::absolute(value).string();
+  }
+  return environment;
 }
 
-std::vector<std::string> split(const std::string& text, char separator) {
-  std::vector<std::string> fields;
-  std::istringstream stream(text);
-  for (std::string field; std::getline(stream, field, separator);) fields.push_back(field);
-  return fields;
+// Where the installations are looked for: what the variables of the user say, unless options do.
+std::vector<Environment> environments_of(const CollectOptions& options) {
+  std::vector<Environment> environments;
+  for (const std::string& directory : options.installations) {
+    Environment environment = environment_of_user();
+    environment["PHM"] = std::filesystem::absolute(directory).string();
+    // The monitoring product belongs to the first one.
+    if (!environments.empty()) environment["DELVONINIT"] = std::nullopt;
+    environments.push_back(environment);
+  }
+  if (environments.empty()) environments.push_back(environment_of_user());
+  if (!options.monitoring.empty()) {
+    environments[0]["DELVONINIT"] = std::filesystem::absolute(options.monitoring).string();
+  }
+  return environments;
 }
 
-// Returns the version keys of the installations. Without any, the reports are about the machine
-// alone.
-std::vector<std::string> prepare(const Plugin& plugin, const CollectOptions& options) {
-  if (options.verbose) plugin.function<decltype(::SetVerboseMode)>("SetVerboseMode")(1);
-  const std::unique_ptr<char, decltype(&std::free)> keys(
-      plugin.function<decltype(::GetPelVersList)>("GetPelVersList")(SEL_ANY), &std::free);
-  if (plugin.variable<PHMVER*>("pphm") == nullptr) {
-    plugin.function<decltype(::SetPelloranIndependent)>("SetPelloranIndependent")(1);
-    std::cout << "No Pelloran installation found; collecting product-independent information.\n"
-              << std::flush;
-  }
-  return keys == nullptr ? std::vector<std::string>{} : split(keys.get(), ',');
+// The limits that the reports tell of are those of this run.
+std::string note_on_limits() {
+  rlimit limit{};
+  if (::getrlimit(RLIMIT_FSIZE, &limit) != 0 || limit.rlim_cur <= kLargestFile) return "";
+  return "the file-size limit that the reports show is this run's own; before it was " +
+         (limit.rlim_cur == RLIM_INFINITY ? "unlimited" : size_text(limit.rlim_cur));
 }
 
-Done run(const Plugin& plugin, const Step& step, const std::filesystem::path& folder,
-         const std::string& label, bool live) {
-  const std::filesystem::path report = folder / step.file;
-  // Where this fails, the step says why there is no report.
-  std::error_code ignored;
-  std::filesystem::create_directories(report.parent_path(), ignored);
-  const auto start = std::chrono::steady_clock::now();
-  int code = 0;
-  {
-    std::optional<LiveLine> line;
-    if (live) line.emplace(label, report);
-    code = step.run(plugin, report);
-  }
-  const std::chrono::duration<double> took = std::chrono::steady_clock::now() - start;
-  std::error_code missing;
-  const std::uintmax_t bytes = std::filesystem::file_size(report, missing);
-  return {step, code, took.count(), missing ? 0 : bytes};
-}
+class Collecting {
+ public:
+  explicit Collecting(const CollectOptions& options)
+      : options_(options),
+        progress_(options.progress),
+        folder_(options.output, folder_name(options, started_)),
+        supervisor_(options.settings, folder_, options.limits, progress_),
+        environments_(environments_of(options)),
+        machine_{.environment = environments_[0], .is_independent = true} {}
 
-void print_table(const std::vector<Done>& steps) {
-  std::size_t file_width = 4;
-  for (const Done& done : steps) {
-    file_width = std::max(file_width, done.step.file.string().size());
+  int run() {
+    try {
+      prepare();
+      if (options_.lists_steps) {
+        list_steps();
+        folder_.remove_all();
+        return kComplete;
+      }
+      supervisor_.run_all_but("");
+    } catch (const Failure&) {
+      supervisor_.finish();
+      folder_.remove_all();
+      throw;
+    }
+    supervisor_.finish();
+    return finish();
   }
-  const auto row = [file_width](const auto& step, const auto& code, const auto& seconds,
-                                const auto& bytes, const std::string& file,
-                                const std::string& meaning) {
-    std::cout << std::left << std::setw(19) << step << std::right << std::setw(7) << code
-              << std::setw(9) << seconds << std::setw(10) << bytes << "  " << std::left
-              << std::setw(static_cast<int>(file_width) + 2) << file << meaning << "\n";
-  };
-  std::cout << "\n" << std::fixed << std::setprecision(2);
-  row("Step", "Result", "Seconds", "Bytes", "File", "Meaning");
-  for (const Done& done : steps) {
-    row(done.step.command, done.code, done.seconds, done.bytes, done.step.file.string(),
-        meaning_of(find_entry(done.step.command), done.code));
+
+ private:
+  // Finds the installations and lays out what there is to do.
+  void prepare() {
+    if (!options_.lists_steps) reserve();
+    const Step glance = glance_step();
+    if (options_.selection.needs_installations()) discover();
+    if (options_.selection.wants(glance) && !options_.lists_steps) {
+      supervisor_.add({.name = "glance", .environment = {}, .steps = {glance}});
+    }
+    supervisor_.run_all_but(glance.id);
+    take_installations();
+    subjects_ = subjects_of(machine_, installations_, options_.wishes);
+    if (is_discovered_) check(options_.selection, subjects_);
+    select(subjects_, options_.selection);
+    if (options_.lists_steps) return;
+    for (const Subject& subject : subjects_) supervisor_.add(subject);
   }
-}
+
+  // Summary and manifest are to be had even when the reports fill the disk.
+  void reserve() {
+    constexpr off_t kSummary = 32 << 10;
+    constexpr off_t kManifest = 128 << 10;
+    constexpr off_t kLeast = 16 << 10;
+    const Room room(folder_.descriptor());
+    const auto left = static_cast<off_t>(std::min<std::uint64_t>(room.bytes, INT64_MAX));
+    if (room.is_short() || left < kLeast) {
+      throw Failure("no space left on " + file_system_of(folder_.descriptor()));
+    }
+    summary_.emplace(folder_, "summary.txt", std::min(kSummary, left / 8));
+    manifest_.emplace(folder_, "manifest.json", std::min(kManifest, left / 4));
+  }
+
+  void discover() {
+    for (std::size_t i = 0; i < environments_.size(); ++i) {
+      const Step step =
+          discovery_step(i + 1, options_.installations.empty() ? "" : options_.installations[i]);
+      if (options_.selection.skips(step)) continue;
+      supervisor_.add({.name = step.id, .environment = environments_[i], .steps = {step}});
+      sought_.push_back(step.id);
+    }
+  }
+
+  void take_installations() {
+    for (std::size_t i = 0; i < sought_.size(); ++i) {
+      const auto& found = supervisor_.found(sought_[i]);
+      is_discovered_ = is_discovered_ && found.has_value();
+      if (!found) continue;
+      plugin_version_ = found->plugin_version;
+      if (machine_.is_independent && !found->installations.empty()) {
+        machine_ = {.environment = environments_[i], .is_independent = false};
+      }
+      for (Installation installation : found->installations) {
+        installation.environment = environments_[i];
+        if (!installation.version.empty()) installations_.push_back(installation);
+      }
+    }
+  }
+
+  void list_steps() const {
+    for (const Subject& subject : subjects_) {
+      for (const Step& step : subject.steps) {
+        std::cout << printable(step.id + "  " + step.title +
+                               (step.left_out.empty() ? "" : "  [" + step.left_out + "]"))
+                  << "\n";
+      }
+    }
+    for (const StepKind& kind : step_kinds()) {
+      const bool is_there =
+          std::any_of(subjects_.begin(), subjects_.end(), [&kind](const Subject& subject) {
+            return std::any_of(subject.steps.begin(), subject.steps.end(),
+                               [&kind](const Step& step) { return step.kind == &kind; });
+          });
+      if (is_there || kind.on == On::kDiscovery) continue;
+      std::cout << kind.id << "  does not apply: " << why_absent(kind, installations_) << "\n";
+    }
+  }
+
+  int finish() {
+    Collection collection{.tool_version = SIT_VERSION,
+                          .plugin_version = plugin_version_,
+                          .label = options_.label,
+                          .host = host_name(),
+                          .user = user_name(),
+                          .is_root = ::geteuid() == 0,
+                          .options = options_.as_given,
+                          .started = started_,
+                          .seconds = std::chrono::duration<double>(Clock::now() - start_).count(),
+                          .given_up = supervisor_.given_up(),
+                          .note = note_on_limits(),
+                          .rows = supervisor_.rows(),
+                          .commands = supervisor_.ended(),
+                          .glance = supervisor_.glance()};
+    const std::vector<Problem> problems = problems_of(collection);
+    const bool is_written =
+        summary_->write(summary_of(collection, problems)) && write_manifest(collection, problems);
+    folder_.remove_temporary();
+    const int status = is_written && collection.is_complete() ? kComplete : kPartial;
+    tell(collection, problems, is_written);
+    progress_.end(status, folder_.path().string());
+    std::cout << printable(folder_.path().string()) << "\n" << std::flush;
+    return status;
+  }
+
+  bool write_manifest(const Collection& collection, const std::vector<Problem>& problems) const {
+    for (const Detail detail : {Detail::kReadable, Detail::kDense, Detail::kRowsOnly}) {
+      if (manifest_->write(manifest_of(collection, problems, detail))) return true;
+    }
+    return false;
+  }
+
+  // What the person at the machine should know without opening anything.
+  void tell(const Collection& collection, const std::vector<Problem>& problems, bool is_written) {
+    constexpr std::size_t kMostProblems = 10;
+    for (std::size_t i = 0; i < std::min(problems.size(), kMostProblems); ++i) {
+      progress_.say("  " + problems[i].text);
+    }
+    if (problems.size() > kMostProblems) {
+      progress_.say("  and " + std::to_string(problems.size() - kMostProblems) + " more");
+    }
+    if (!is_written) {
+      progress_.say("Summary or manifest could not be written: no space left on " +
+                    file_system_of(folder_.descriptor()));
+    }
+    progress_.say(verdict_of(collection) + ". Read summary.txt first.");
+  }
+
+  const CollectOptions& options_;
+  std::time_t started_ = std::time(nullptr);
+  Clock::time_point start_ = Clock::now();
+  Progress progress_;
+  OutputFolder folder_;
+  Supervisor supervisor_;
+  std::vector<Environment> environments_;
+  std::vector<Installation> installations_;
+  Machine machine_;
+  std::vector<std::string> sought_;  // ids of the discoveries
+  bool is_discovered_ = true;
+  std::string plugin_version_;
+  std::vector<Subject> subjects_;
+  std::optional<ReservedFile> summary_;
+  std::optional<ReservedFile> manifest_;
+};
 
 }  // namespace
 
-int collect(const Plugin& plugin, const CollectOptions& options) {
-  ::umask(kOwnerOnlyMask);
-  const std::filesystem::path folder = make_folder(options.output);
-  const bool live = ::isatty(STDOUT_FILENO) != 0;
-  const std::vector<std::string> keys = prepare(plugin, options);
-
-  const std::vector<Step> steps = collection_steps(keys, options.wishes);
-  std::vector<Done> finished;
-  for (const Step& step : steps) {
-    const std::string label = "step " + std::to_string(finished.size() + 1) + " of " +
-                              std::to_string(steps.size()) + ", " + step.command;
-    finished.push_back(run(plugin, step, folder, label, live));
-    if (live) continue;
-    std::cout << label << ": " << meaning_of(find_entry(step.command), finished.back().code) << "\n"
-              << std::flush;
-  }
-  print_table(finished);
-  std::cout << "\nReports are in " << folder.string() << "\n";
-  const bool all_well = std::all_of(finished.begin(), finished.end(),
-                                    [](const Done& done) { return done.code == 0; });
-  return all_well ? 0 : 1;
-}
+int collect(const CollectOptions& options) { return Collecting(options).run(); }
 
 }  // namespace host

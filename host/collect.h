@@ -2,19 +2,32 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
+#include <vector>
 
-#include "plugin.h"
-#include "steps.h"
+#include "run/supervisor.h"
+#include "steps/selection.h"
+#include "steps/steps.h"
 
 namespace host {
 
 struct CollectOptions {
   std::filesystem::path output = ".";
-  bool verbose = false;
+  std::vector<std::string> installations;  // directories
+  std::string monitoring;                  // init file
+  std::string label;
+  std::string progress = "auto";
+  RunSettings settings = {};
+  Limits limits = {};
+  Selection selection = {};
   Wishes wishes = {};
+  bool lists_steps = false;
+  std::vector<std::string> as_given;  // the options, for the summary
 };
 
-// Returns the exit status: 0 when all went well, 1 when a step failed.
-int collect(const Plugin& plugin, const CollectOptions& options);
+enum ExitStatus : int { kComplete = 0, kPartial = 1, kWrongUsage = 2, kNothingMade = 3 };
+
+// Returns the exit status. Throws Failure when nothing could be made.
+int collect(const CollectOptions& options);
 
 }  // namespace host

@@ -1,20 +1,25 @@
 // sit: the host program that runs the diagnostic plug-in.
+#include <sys/stat.h>
+
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
 #include <exception>
 #include <iostream>
 #include <optional>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
 #include "call.h"
 #include "catalogue.h"
 #include "collect.h"
+#include "plugin.h"
+#include "support/failure.h"
+#include "support/text.h"
 
 namespace {
-
-constexpr int kFailed = 1;
-constexpr int kWrongUsage = 2;
 
 struct CommandLine {
   std::optional<std::filesystem::path> plugin;
@@ -26,35 +31,91 @@ struct CommandLine {
   std::string call_name;
 };
 
+std::size_t usual_jobs() {
+  constexpr std::size_t kMost = 4;
+  return std::clamp<std::size_t>(std::thread::hardware_concurrency(), 1, kMost);
+}
+
+void add_plugin_option(CLI::App& to, CommandLine& line) {
+  to.add_option("--plugin", line.plugin, "libsit.so to load instead of the one beside sit")
+      ->type_name("FILE");
+}
+
+// An option that may be given several times, one value each.
+void add_repeated(CLI::App& to, const char* name, std::vector<std::string>& values,
+                  const char* what, const char* form) {
+  to.add_option(name, values, what)->type_name(form)->allow_extra_args(false);
+}
+
+void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
+  host::CollectOptions& options = line.collect;
+  const char* group = "What is collected";
+  add_repeated(collect, "--installation", options.installations,
+               "a Pelloran installation, instead of that which PHM names", "DIR");
+  collect
+      .add_option("--monitoring", options.monitoring,
+                  "init file of the monitoring product, instead of that which DELVONINIT names")
+      ->type_name("FILE");
+  add_repeated(collect, "--netscape", line.netscape, "a Netscape/iPlanet server", "ROOT[,NAME]");
+  add_repeated(collect, "--apache", options.wishes.apache, "an Apache server", "ROOT");
+  add_repeated(collect, "--capture", options.wishes.commands, "run a command, keep what it prints",
+               "COMMAND");
+  add_repeated(collect, "--capture-library", line.libraries,
+               "call an entry point, keep the files it writes", "PATH,ENTRY");
+  add_repeated(collect, "--brokers", options.wishes.brokers,
+               "copy only the logs of this broker, \"db:\" database, or \"admsrv\"", "NAME");
+  add_repeated(collect, "--only", options.selection.only,
+               "only this step, this kind of step or this installation", "ID");
+  add_repeated(collect, "--skip", options.selection.skip, "all but these", "ID");
+  collect.add_flag("--list-steps", options.lists_steps, "show the steps, and do nothing");
+  collect.add_flag("--verbose", options.settings.verbose, "diagnostic lines in the reports");
+  for (CLI::Option* option : collect.get_options()) {
+    if (option->get_name() != "--help") option->group(group);
+  }
+}
+
+void describe_how(CLI::App& collect, CommandLine& line) {
+  host::CollectOptions& options = line.collect;
+  constexpr double kLongestCommand = 59;  // the plug-in itself gives up after a minute
+  constexpr double kShortest = 0.1;
+  constexpr double kLongestRun = 1e6;
+  constexpr std::size_t kMostJobs = 64;
+  add_plugin_option(collect, line);
+  collect.add_option("--output", options.output, "where the folder is made (default: here)")
+      ->type_name("DIR");
+  collect.add_option("--label", options.label, "goes into names, summary and manifest")
+      ->type_name("TEXT");
+  collect
+      .add_option("--command-limit", options.limits.command,
+                  "how long a command may take (default: 55)")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortest, kLongestCommand));
+  collect
+      .add_option("--time-limit", options.limits.run, "how long all may take (default: any time)")
+      ->type_name("SECONDS")
+      ->check(CLI::Range(kShortest, kLongestRun));
+  collect.add_option("--jobs", options.limits.jobs, "subjects at once (default: cores, at most 4)")
+      ->type_name("N")
+      ->check(CLI::Range(std::size_t{1}, kMostJobs));
+  collect
+      .add_option("--progress", options.progress,
+                  "on standard error: auto (default), plain, or json")
+      ->type_name("FORM");
+}
+
 // Reads the command line into `line`, and has the chosen subcommand set in `app`.
 void describe(CLI::App& app, CommandLine& line) {
-  const auto add_plugin_option = [&line](CLI::App& to) {
-    to.add_option("--plugin", line.plugin, "libsit.so to load instead of the one beside sit");
-  };
-  add_plugin_option(app);
+  add_plugin_option(app, line);
   app.add_flag("--version", line.version, "print the plug-in's version");
   app.require_subcommand(0, 1);
 
   CLI::App* collect = app.add_subcommand("collect", "write this machine's reports into a folder");
-  add_plugin_option(*collect);
-  collect->add_option("--output", line.collect.output, "where the folder is made (default: here)");
-  const auto add_wish = [collect](const char* name, std::vector<std::string>& values,
-                                  const char* what, const char* form) {
-    collect->add_option(name, values, what)->type_name(form)->allow_extra_args(false);
-  };
-  add_wish("--netscape", line.netscape, "a Netscape/iPlanet server", "ROOT[,NAME]");
-  add_wish("--apache", line.collect.wishes.apache, "an Apache server", "ROOT");
-  add_wish("--capture", line.collect.wishes.commands, "run a command, keep what it prints",
-           "COMMAND");
-  add_wish("--capture-library", line.libraries, "call an entry point, keep the files it writes",
-           "PATH,ENTRY");
-  add_wish("--brokers", line.collect.wishes.brokers,
-           "copy only the logs of this broker, \"db:\" database, or \"admsrv\"", "NAME");
-  collect->add_flag("--verbose", line.collect.verbose, "diagnostic lines in the reports");
+  describe_what_is_collected(*collect, line);
+  describe_how(*collect, line);
 
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
-  add_plugin_option(*call);
-  call->add_flag("--verbose", line.collect.verbose, "diagnostic lines in the report");
+  add_plugin_option(*call, line);
+  call->add_flag("--verbose", line.collect.settings.verbose, "diagnostic lines in the report");
   call->add_flag("--independent", line.independent, "work without any installation");
   call->add_option("name", line.call_name, "the function; its arguments follow")->required();
   // Whatever follows the name is the function's, numbers below zero included.
@@ -82,26 +143,26 @@ void complete(CommandLine& line) {
   }
 }
 
-int run_chosen(const CLI::App& app, const CommandLine& line) {
+int run_chosen(const CLI::App& app, CommandLine& line) {
   if (app.got_subcommand("list")) {
     host::list_catalogue();
     return 0;
   }
-  std::vector<std::string> names = host::catalogue_names();
-  for (const char* used :
-       {"pphm", "logs", "RmPatchInfoPHM", "IsCorrectProduct", "FindAdminServer"}) {
-    names.emplace_back(used);
+  const std::filesystem::path path =
+      line.plugin ? std::filesystem::absolute(*line.plugin) : host::find_plugin();
+  if (app.got_subcommand("collect")) {
+    line.collect.settings.plugin = path;
+    return host::collect(line.collect);
   }
-  const host::Plugin plugin(line.plugin, names);
+  const host::Plugin plugin(path, host::plugin_names());
   if (line.version) {
     std::cout << "sit " << *host::find_entry("GetAPIVersion").call(plugin, {}).text << "\n";
     return 0;
   }
-  if (app.got_subcommand("collect")) return host::collect(plugin, line.collect);
   const auto set = [&plugin](const std::string& name) {
     static_cast<void>(host::find_entry(name).call(plugin, std::vector<std::string>{"1"}));
   };
-  if (line.collect.verbose) set("SetVerboseMode");
+  if (line.collect.settings.verbose) set("SetVerboseMode");
   if (line.independent) set("SetPelloranIndependent");
   return host::call(plugin, line.call_name, app.get_subcommand("call")->remaining());
 }
@@ -109,6 +170,7 @@ int run_chosen(const CLI::App& app, const CommandLine& line) {
 int run(int argc, char** argv) {
   CLI::App app{"Collects diagnostic reports about this machine and its Pelloran products."};
   CommandLine line;
+  line.collect.limits.jobs = usual_jobs();
   describe(app, line);
   try {
     app.parse(argc, argv);
@@ -116,24 +178,28 @@ int run(int argc, char** argv) {
       throw host::UsageError("nothing to do; try sit --help");
     }
     complete(line);
+    if (argc > 2) line.collect.as_given.assign(argv + 2, argv + argc);
     return run_chosen(app, line);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kWrongUsage;
+    return app.exit(error) == 0 ? 0 : host::kWrongUsage;
   } catch (const host::UsageError& error) {
-    std::cerr << "sit: " << error.what() << "\n";
-    return kWrongUsage;
+    std::cerr << "sit: " << host::printable(error.what()) << "\n";
+    return host::kWrongUsage;
   } catch (const std::exception& error) {
-    std::cerr << "sit: " << error.what() << "\n";
-    return kFailed;
+    std::cerr << "sit: " << host::printable(error.what()) << "\n";
+    return host::kNothingMade;
   }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
+  constexpr mode_t kOwnerOnlyMask = 0077;
+  ::umask(kOwnerOnlyMask);  // reports hold secrets
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   try {
     return run(argc, argv);
   } catch (...) {
-    return kFailed;
+    return host::kNothingMade;
   }
 }

@@ -3,9 +3,11 @@
 #include <dlfcn.h>
 
 #include <array>
+#include <utility>
+
+#include "support/failure.h"
 
 namespace host {
-namespace {
 
 std::filesystem::path find_plugin() {
   const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
@@ -18,6 +20,8 @@ std::filesystem::path find_plugin() {
                 "/sit or in ../lib; use --plugin");
 }
 
+namespace {
+
 std::string loader_message() {
   const char* message = ::dlerror();
   return message == nullptr ? "unknown error" : message;
@@ -25,10 +29,8 @@ std::string loader_message() {
 
 }  // namespace
 
-Plugin::Plugin(const std::optional<std::filesystem::path>& path,
-               const std::vector<std::string>& names)
-    : path_(path ? std::filesystem::absolute(*path) : find_plugin()),
-      handle_(::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL)) {
+Plugin::Plugin(std::filesystem::path path, const std::vector<std::string>& names)
+    : path_(std::move(path)), handle_(::dlopen(path_.c_str(), RTLD_NOW | RTLD_LOCAL)) {
   if (handle_ == nullptr) throw Failure("cannot load the plug-in: " + loader_message());
   for (const std::string& name : names) static_cast<void>(address(name));
 }

@@ -2,24 +2,18 @@
 #pragma once
 
 #include <filesystem>
-#include <optional>
-#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace host {
 
-// Something that the user must be told in one line.
-class Failure : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
+// The plug-in beside this program or in ../lib. Throws Failure when there is none.
+[[nodiscard]] std::filesystem::path find_plugin();
 
 class Plugin {
  public:
-  // Loads the plug-in at `path`, or the one beside this program or in ../lib. Throws Failure when
-  // it cannot be loaded or lacks one of the `names`.
-  Plugin(const std::optional<std::filesystem::path>& path, const std::vector<std::string>& names);
+  // Throws Failure when it cannot be loaded or lacks one of the `names`.
+  Plugin(std::filesystem::path path, const std::vector<std::string>& names);
 
   template <typename Signature>
   [[nodiscard]] Signature* function(const std::string& name) const {

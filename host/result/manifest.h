@@ -1,0 +1,17 @@
+// The collection for programs: docs/manifest.md tells what is in it.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "result/collection.h"
+
+namespace host {
+
+// How much of it: where there is little room, less is better than nothing.
+enum class Detail { kReadable, kDense, kRowsOnly };
+
+[[nodiscard]] std::string manifest_of(const Collection& collection,
+                                      const std::vector<Problem>& problems, Detail detail);
+
+}  // namespace host

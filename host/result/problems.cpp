@@ -1,0 +1,134 @@
+#include <algorithm>
+
+#include "result/collection.h"
+#include "support/text.h"
+
+namespace host {
+namespace {
+
+// From worst to mildest.
+enum Rank : int {
+  kGivenUp,
+  kRowCrashed,
+  kRowTimedOut,
+  kRowFailed,
+  kSectionLost,
+  kCommandEnded,
+  kSectionFailed,
+  kPartMissing,
+  kEnded,
+  kUnreadable,
+  kEndsSoon
+};
+
+int rank_of(const Finding& finding) {
+  switch (finding.sign) {
+    case Sign::kLost:
+      return kSectionLost;
+    case Sign::kFailed:
+      return kSectionFailed;
+    case Sign::kError:
+      return kPartMissing;
+    case Sign::kEnds:
+      return finding.days < 0 ? kEnded : kEndsSoon;
+    default:
+      return kUnreadable;
+  }
+}
+
+int rank_of(SectionOutcome outcome) {
+  switch (outcome) {
+    case SectionOutcome::kTimedOut:
+    case SectionOutcome::kCrashed:
+      return kCommandEnded;
+    case SectionOutcome::kIncomplete:
+      return kSectionLost;
+    default:
+      return kSectionFailed;
+  }
+}
+
+int rank_of(RowOutcome outcome) {
+  switch (outcome) {
+    case RowOutcome::kCrashed:
+      return kRowCrashed;
+    case RowOutcome::kTimedOut:
+      return kRowTimedOut;
+    case RowOutcome::kFailed:
+      return kRowFailed;
+    default:
+      return kPartMissing;
+  }
+}
+
+class Problems {
+ public:
+  void add(Problem problem) { all_.push_back(std::move(problem)); }
+
+  void add_row(const Row& row) {
+    const std::size_t before = all_.size();
+    if (row.report != nullptr && row.bytes > 0) add_report(row);
+    // A partial row is told of by its parts, if they tell.
+    const bool is_told = row.outcome == RowOutcome::kPartial && all_.size() > before;
+    if (is_fault(row.outcome) && !is_told) {
+      add({rank_of(row.outcome),
+           row.step.title + ": " + text_of(row.outcome) + (row.why.empty() ? "" : ", " + row.why),
+           row.bytes > 0 ? row.step.file : ""});
+    }
+  }
+
+  std::vector<Problem> take() {
+    std::stable_sort(all_.begin(), all_.end(),
+                     [](const Problem& a, const Problem& b) { return a.rank < b.rank; });
+    return std::move(all_);
+  }
+
+ private:
+  void add_report(const Row& row) {
+    // The row itself tells where it was given up.
+    const bool is_left = is_fault(row.outcome) && row.outcome != RowOutcome::kPartial;
+    for (const Section& section : row.report->sections()) {
+      const bool is_told = section.why_line != 0 || (is_left && section.why == row.why);
+      if (section.outcome < SectionOutcome::kEmpty || is_told) continue;
+      const std::string& title = section.title.empty() ? row.step.title : section.title;
+      add({rank_of(section.outcome), title + ": " + text_of(section.outcome) + ", " + section.why,
+           row.step.file, section.line});
+    }
+    for (const Finding& finding : row.report->findings()) {
+      add({rank_of(finding), finding.text, row.step.file, finding.line});
+    }
+  }
+
+  std::vector<Problem> all_;
+};
+
+}  // namespace
+
+bool Collection::is_complete() const {
+  return given_up.empty() && std::none_of(rows.begin(), rows.end(),
+                                          [](const Row& row) { return is_fault(row.outcome); });
+}
+
+std::vector<Problem> problems_of(const Collection& collection) {
+  Problems problems;
+  if (!collection.given_up.empty()) {
+    const auto skipped =
+        std::count_if(collection.rows.begin(), collection.rows.end(), [&](const Row& row) {
+          return row.outcome == RowOutcome::kSkipped && row.why == collection.given_up;
+        });
+    problems.add({kGivenUp, "The run did not come to its end (" + collection.given_up + "); " +
+                                counted(static_cast<std::size_t>(skipped), "row") + " not begun"});
+  }
+  for (const Row& row : collection.rows) problems.add_row(row);
+  for (const EndedCommand& command : collection.commands) {
+    const bool has_row = std::any_of(
+        collection.rows.begin(), collection.rows.end(),
+        [&command](const Row& row) { return row.step.id == command.row && is_fault(row.outcome); });
+    if (has_row && command.end.find("still running") == std::string::npos) continue;
+    problems.add({kCommandEnded, "\"" + command.command_line + "\" " + command.end + " after " +
+                                     seconds_text(command.seconds) + " s"});
+  }
+  return problems.take();
+}
+
+}  // namespace host

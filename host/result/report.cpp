@@ -1,0 +1,382 @@
+#include "result/report.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <optional>
+
+#include "support/text.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kHeld = 256;
+constexpr std::size_t kMostSections = 1000;
+constexpr std::size_t kMostFindings = 1000;
+constexpr std::string_view kEndMark = "==End of Log==";
+constexpr std::size_t kHeaderRule = 80;
+constexpr std::size_t kHeaderLines = 12;
+
+bool is_blank(std::string_view text) {
+  return text.find_first_not_of(" \t\r\f\v") == std::string_view::npos;
+}
+
+// Whether a title is this text, or begins with it up to its "*".
+bool matches(std::string_view pattern, std::string_view title) {
+  if (!pattern.ends_with('*')) return pattern == title;
+  return title.starts_with(pattern.substr(0, pattern.size() - 1));
+}
+
+bool is_among(const std::vector<const char*>& patterns, std::string_view title) {
+  return std::any_of(patterns.begin(), patterns.end(),
+                     [title](std::string_view pattern) { return matches(pattern, title); });
+}
+
+std::string replaced(std::string text, std::string_view what, std::string_view by) {
+  if (const std::size_t at = text.find(what); at != std::string::npos) {
+    text.replace(at, what.size(), by);
+  }
+  return text;
+}
+
+std::optional<std::time_t> time_of(const std::string& date) {
+  for (const char* form : {"%Y-%m-%d", "%b %d %H:%M:%S %Y"}) {
+    std::tm time{};
+    if (::strptime(date.c_str(), form, &time) != nullptr) return ::timegm(&time);
+  }
+  return std::nullopt;
+}
+
+// Whether this machine has the program that a command begins with.
+bool is_here(std::string_view command) {
+  const std::string program(command.substr(0, command.find(' ')));
+  if (program.find('/') != std::string::npos) return ::access(program.c_str(), X_OK) == 0;
+  const char* variable = std::getenv("PATH");
+  std::string_view path = variable == nullptr ? "/usr/bin:/bin" : variable;
+  while (!path.empty()) {
+    const std::size_t end = std::min(path.find(':'), path.size());
+    const std::string file = std::string(path.substr(0, end)) + "/" + program;
+    if (::access(file.c_str(), X_OK) == 0) return true;
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  constexpr std::array<std::string_view, 2> kOfTheShell{"ulimit", "set"};
+  return std::find(kOfTheShell.begin(), kOfTheShell.end(), program) != kOfTheShell.end();
+}
+
+}  // namespace
+
+// The patterns of a kind of report, made once.
+struct Report::Compiled {
+  explicit Compiled(const ReportKind& kind) {
+    for (const LineRule& rule : kind.rules) rules.push_back(std::make_unique<RE2>(rule.pattern));
+    for (const BlockRule& block : kind.blocks) {
+      starts.push_back(std::make_unique<RE2>(block.start));
+      names.push_back(std::make_unique<RE2>(block.name));
+    }
+  }
+  std::vector<std::unique_ptr<RE2>> rules;
+  std::vector<std::unique_ptr<RE2>> starts;
+  std::vector<std::unique_ptr<RE2>> names;
+};
+
+const char* text_of(SectionOutcome outcome) {
+  switch (outcome) {
+    case SectionOutcome::kOk:
+      return "ok";
+    case SectionOutcome::kNotHere:
+      return "not available here";
+    case SectionOutcome::kEmpty:
+      return "empty";
+    case SectionOutcome::kIncomplete:
+      return "incomplete";
+    case SectionOutcome::kFailed:
+      return "failed";
+    case SectionOutcome::kTimedOut:
+      return "timed out";
+    case SectionOutcome::kCrashed:
+      return "crashed";
+  }
+  return "";
+}
+
+Report::Report(const ReportKind& kind, std::time_t now) : kind_(kind), now_(now) {
+  static std::map<const ReportKind*, std::shared_ptr<const Compiled>> known;
+  std::shared_ptr<const Compiled>& compiled = known[&kind];
+  if (compiled == nullptr) compiled = std::make_shared<Compiled>(kind);
+  compiled_ = compiled;
+  line_.number = 1;
+  begin_section("");
+}
+
+void Report::feed(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const std::size_t end = std::min(bytes.find('\n'), bytes.size());
+    take(bytes.substr(0, end));
+    bytes.remove_prefix(end);
+    if (bytes.empty()) return;
+    bytes.remove_prefix(1);
+    ++offset_;
+    end_line();
+  }
+}
+
+void Report::take(std::string_view bytes) {
+  if (line_.length == 0) line_.is_rule = true;
+  line_.is_rule = line_.is_rule && bytes.find_first_not_of('=') == std::string_view::npos;
+  line_.length += bytes.size();
+  offset_ += bytes.size();
+  if (line_.start.size() < kHeld) line_.start += bytes.substr(0, kHeld - line_.start.size());
+}
+
+bool Report::is_title(const Line& line) const {
+  return line.length > 0 && line.length == line_.length && line_.is_rule &&
+         is_among(kind_.titles, line.start);
+}
+
+// A line is looked at when the next one has come: it may turn out a title.
+void Report::end_line() {
+  if (in_header_) {
+    in_header_ = !(line_.is_rule && line_.length == kHeaderRule) && line_.number < kHeaderLines;
+    previous_ = {};
+  } else if (is_title(previous_)) {
+    begin_section(previous_.start);
+    previous_ = {};
+  } else {
+    read_content();
+    std::swap(previous_, line_);
+  }
+  const std::size_t number = std::max(line_.number, previous_.number) + 1;
+  line_.start.clear();
+  line_.length = 0;
+  line_.is_rule = false;
+  line_.number = number;
+  line_.offset = offset_;
+}
+
+void Report::read_content() {
+  if (is_blank(previous_.start)) return;
+  if (previous_.start == kEndMark) {
+    has_end_mark_ = true;
+    return;
+  }
+  has_end_mark_ = false;
+  ++sections_.back().content;
+  if (!kind_.is_output) classify();
+}
+
+void Report::classify() {
+  if (!in_output_) begin_block();
+  for (const std::size_t i : active_rules_) {
+    const LineRule& rule = kind_.rules[i];
+    if (in_output_ && rule.sign != Sign::kDenied) continue;
+    if (previous_.start.find(rule.literal) == std::string::npos) continue;
+    std::string captured;
+    const RE2& pattern = *compiled_->rules[i];
+    const bool holds = pattern.NumberOfCapturingGroups() > 0
+                           ? RE2::PartialMatch(previous_.start, pattern, &captured)
+                           : RE2::PartialMatch(previous_.start, pattern);
+    if (!holds) continue;
+    apply(rule, captured);
+    return;
+  }
+}
+
+void Report::apply(const LineRule& rule, const std::string& captured) {
+  Section& section = sections_.back();
+  std::string words = *rule.words == '\0' ? previous_.start : rule.words;
+  switch (rule.sign) {
+    case Sign::kOutput:
+      in_output_ = true;
+      section.output_offset = previous_.offset;
+      --section.content;
+      return;
+    case Sign::kNotTried:
+      section.outcome = SectionOutcome::kFailed;
+      return;
+    case Sign::kTried:
+      if (section.outcome == SectionOutcome::kFailed) section.tried.push_back(captured);
+      return;
+    case Sign::kDenied:
+      ++denied_;
+      return;
+    case Sign::kNotHere:
+      judge(SectionOutcome::kNotHere, words, previous_.number);
+      return;
+    case Sign::kEnds:
+      add_ending(rule, captured);
+      return;
+    case Sign::kFailed:
+      judge(SectionOutcome::kFailed, words, previous_.number);
+      break;
+    case Sign::kLost:
+    case Sign::kError:
+      judge(SectionOutcome::kIncomplete, words, previous_.number);
+      break;
+    case Sign::kWrong:
+      break;
+  }
+  if (findings_.size() < kMostFindings) {
+    findings_.push_back({previous_.number, rule.sign, std::move(words)});
+  }
+}
+
+void Report::add_ending(const LineRule& rule, const std::string& date) {
+  constexpr std::time_t kDay = 24L * 60 * 60;
+  constexpr int kSoon = 60;
+  const auto end = time_of(date);
+  if (!end || findings_.size() >= kMostFindings) return;
+  const auto days = static_cast<int>((*end - now_ + kDay / 2) / kDay);
+  if (days > kSoon) return;
+  std::array<char, 16> day{};
+  std::tm time{};
+  ::gmtime_r(&*end, &time);
+  static_cast<void>(std::strftime(day.data(), day.size(), "%Y-%m-%d", &time));
+  const bool has_ended = *end < now_;
+  const std::string when = has_ended
+                               ? " ended on " + std::string(day.data())
+                               : " ends in " + counted(static_cast<std::size_t>(days), "day") +
+                                     ", on " + std::string(day.data());
+  findings_.push_back(
+      {previous_.number, Sign::kEnds, rule.words + when, days - (has_ended ? 1 : 0)});
+}
+
+void Report::begin_block() {
+  for (const std::size_t i : active_blocks_) {
+    std::string name;
+    if (RE2::PartialMatch(previous_.start, *compiled_->starts[i], &name)) {
+      end_block();
+      block_ = name;
+      return;
+    }
+    if (*kind_.blocks[i].name != '\0' &&
+        RE2::PartialMatch(previous_.start, *compiled_->names[i], &name)) {
+      block_ += " (" + name + ")";
+      return;
+    }
+  }
+}
+
+// Only at its end is the whole name of a block known.
+void Report::end_block() {
+  for (std::size_t i = block_findings_; i < findings_.size(); ++i) {
+    findings_[i].text = replaced(findings_[i].text, "{block}", block_);
+  }
+  block_findings_ = findings_.size();
+  block_.clear();
+}
+
+void Report::begin_section(const std::string& title) {
+  if (!sections_.empty()) end_section();
+  if (sections_.size() < kMostSections) {
+    sections_.push_back({title, previous_.number, previous_.offset});
+  }
+  in_output_ = false;
+  active_rules_.clear();
+  active_blocks_.clear();
+  for (std::size_t i = 0; i < kind_.rules.size(); ++i) {
+    if (title.find(kind_.rules[i].section) != std::string::npos) active_rules_.push_back(i);
+  }
+  for (std::size_t i = 0; i < kind_.blocks.size(); ++i) {
+    if (title.find(kind_.blocks[i].section) != std::string::npos) active_blocks_.push_back(i);
+  }
+}
+
+void Report::end_section() {
+  end_block();
+  Section& section = sections_.back();
+  if (!section.tried.empty()) judge_tried();
+  const bool may_be_empty = section.title.empty() || is_among(kind_.headings, section.title);
+  if (section.content == 0 && !may_be_empty) judge(SectionOutcome::kEmpty, "nothing in it", 0);
+}
+
+// That none of the alternatives is on this machine is no fault.
+void Report::judge_tried() {
+  Section& section = sections_.back();
+  std::string all;
+  bool any_here = false;
+  for (const std::string& command : section.tried) {
+    all += (all.empty() ? "" : ", ") + command;
+    any_here = any_here || is_here(command);
+  }
+  section.outcome = any_here ? SectionOutcome::kFailed : SectionOutcome::kNotHere;
+  section.why = any_here ? "no command succeeded: " + all : "this machine has none of: " + all;
+}
+
+void Report::judge(SectionOutcome outcome, const std::string& why, std::size_t line) {
+  Section& section = sections_.back();
+  if (outcome <= section.outcome) return;
+  section.outcome = outcome;
+  section.why = why;
+  section.why_line = line;
+}
+
+void Report::note(std::uint64_t offset, SectionOutcome outcome, const std::string& why) {
+  const bool is_known = std::any_of(events_.begin(), events_.end(), [&](const Event& event) {
+    return event.offset == offset && event.outcome == outcome;
+  });
+  if (!is_known && events_.size() < kMostFindings) events_.push_back({offset, outcome, why});
+}
+
+void Report::finish(const std::string& no_space) {
+  if (line_.length > 0) end_line();
+  read_content();  // the last line has no next one
+  previous_ = {};
+  end_section();
+  for (const Event& event : events_) apply(event);
+  if (!no_space.empty()) blame_space(no_space);
+}
+
+void Report::apply(const Event& event) {
+  const auto after = std::find_if(sections_.begin() + 1, sections_.end(),
+                                  [&](const Section& s) { return s.offset >= event.offset; });
+  Section& section = *(after - 1);
+  // A command that timed out counts only where no other took its place.
+  const bool is_made_up = event.outcome == SectionOutcome::kTimedOut &&
+                          section.outcome == SectionOutcome::kOk &&
+                          section.output_offset >= event.offset;
+  const bool is_worse =
+      event.outcome > section.outcome || event.outcome == SectionOutcome::kIncomplete;
+  if (is_made_up || !is_worse) return;
+  section.outcome = event.outcome;
+  section.why = event.why;
+  section.why_line = 0;
+}
+
+// What else could go wrong where there is no room: a command that could not write its output, a
+// title that never reached the file.
+void Report::blame_space(const std::string& no_space) {
+  for (Section& section : sections_) {
+    if (section.outcome < SectionOutcome::kEmpty || section.outcome > SectionOutcome::kFailed) {
+      continue;
+    }
+    section.outcome = SectionOutcome::kIncomplete;
+    section.why = no_space;
+    section.why_line = 0;
+  }
+  if (has_end_mark_ || !kind_.has_all_titles) return;
+  for (const char* title : kind_.titles) {
+    const bool is_there = std::any_of(sections_.begin(), sections_.end(),
+                                      [title](const Section& s) { return s.title == title; });
+    if (is_there) continue;
+    sections_.push_back({.title = title, .outcome = SectionOutcome::kIncomplete, .why = no_space});
+  }
+}
+
+bool Follower::read_on(const OutputFolder& folder, const std::string& file, Report& report,
+                       std::size_t most) {
+  if (!file_.is_open()) file_ = folder.open(file);
+  if (!file_.is_open()) return true;
+  std::array<char, 65536> block;
+  for (std::size_t taken = 0; taken < most;) {
+    const ssize_t got = ::read(file_.get(), block.data(), block.size());
+    if (got <= 0) return true;
+    report.feed({block.data(), static_cast<std::size_t>(got)});
+    taken += static_cast<std::size_t>(got);
+  }
+  return false;
+}
+
+}  // namespace host

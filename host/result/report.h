@@ -1,0 +1,127 @@
+// Reads a report, also while it is being written: its sections, what became of each, and the lines
+// that tell that something is missing or wrong. Holds no more than the start of a line at a time.
+#pragma once
+
+#include <re2/re2.h>
+
+#include <cstdint>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "result/report_kinds.h"
+#include "support/descriptor.h"
+#include "support/folder.h"
+
+namespace host {
+
+// What became of a section, from well to bad.
+enum class SectionOutcome { kOk, kNotHere, kEmpty, kIncomplete, kFailed, kTimedOut, kCrashed };
+
+[[nodiscard]] const char* text_of(SectionOutcome outcome);
+
+struct Section {
+  std::string title;
+  std::size_t line = 0;
+  std::uint64_t offset = 0;  // of its title in the file
+  SectionOutcome outcome = SectionOutcome::kOk;
+  std::string why = {};
+  std::size_t why_line = 0;             // the finding that tells why; 0 where it is none
+  std::size_t content = 0;              // lines that are not blank
+  std::uint64_t output_offset = 0;      // of what a command printed
+  std::vector<std::string> tried = {};  // commands of which none succeeded
+};
+
+// A line that tells of something missing or wrong.
+struct Finding {
+  std::size_t line;
+  Sign sign;
+  std::string text;
+  int days = 0;  // until the day on which something ends
+};
+
+class Report {
+ public:
+  // `now` tells whether what ends on a day has ended.
+  Report(const ReportKind& kind, std::time_t now);
+
+  void feed(std::string_view bytes);
+
+  // Nothing more comes. Where there was no room for what was to be written, `no_space` says so.
+  void finish(const std::string& no_space);
+
+  // The writer was at this place of the file when something happened to it.
+  void note(std::uint64_t offset, SectionOutcome outcome, const std::string& why);
+
+  [[nodiscard]] const std::string& current_title() const { return sections_.back().title; }
+  [[nodiscard]] const std::vector<Section>& sections() const { return sections_; }
+  [[nodiscard]] const std::vector<Finding>& findings() const { return findings_; }
+  [[nodiscard]] std::size_t denied() const { return denied_; }
+  [[nodiscard]] std::uint64_t size() const { return offset_; }
+  [[nodiscard]] bool has_end_mark() const { return has_end_mark_; }
+
+ private:
+  struct Line {
+    std::string start = {};  // up to 256 bytes
+    std::size_t length = 0;
+    std::size_t number = 0;
+    std::uint64_t offset = 0;
+    bool is_rule = false;  // nothing but "="
+  };
+  struct Event {
+    std::uint64_t offset;
+    SectionOutcome outcome;
+    std::string why;
+  };
+
+  void take(std::string_view bytes);
+  void end_line();
+  void read_content();
+  void classify();
+  void apply(const LineRule& rule, const std::string& captured);
+  void add_ending(const LineRule& rule, const std::string& date);
+  void begin_block();
+  void end_block();
+  void begin_section(const std::string& title);
+  void end_section();
+  void judge(SectionOutcome outcome, const std::string& why, std::size_t line);
+  void judge_tried();
+  void apply(const Event& event);
+  void blame_space(const std::string& no_space);
+  [[nodiscard]] bool is_title(const Line& line) const;
+
+  struct Compiled;
+  const ReportKind& kind_;
+  std::shared_ptr<const Compiled> compiled_;
+  std::vector<std::size_t> active_rules_;
+  std::vector<std::size_t> active_blocks_;
+  std::time_t now_;
+
+  std::vector<Section> sections_;
+  std::vector<Finding> findings_;
+  std::vector<Event> events_;
+  std::string block_;
+  std::size_t block_findings_ = 0;  // where those of the block begin
+  Line line_;
+  Line previous_;
+  bool in_header_ = true;
+  bool in_output_ = false;
+  bool has_end_mark_ = false;
+  std::size_t denied_ = 0;
+  std::uint64_t offset_ = 0;
+};
+
+// Reads what has been written to a file so far.
+class Follower {
+ public:
+  // At most about `most` bytes; true when there was nothing more.
+  bool read_on(const OutputFolder& folder, const std::string& file, Report& report,
+               std::size_t most);
+
+ private:
+  Descriptor file_;
+};
+
+}  // namespace host

@@ -1,0 +1,195 @@
+#include "result/summary.h"
+
+#include <algorithm>
+#include <array>
+#include <iomanip>
+#include <map>
+#include <sstream>
+
+#include "support/text.h"
+
+namespace host {
+namespace {
+
+constexpr std::size_t kWidth = 80;
+constexpr std::size_t kIndent = 4;
+constexpr std::size_t kMostProblems = 40;
+
+std::string time_text(std::time_t time) {
+  std::tm local{};
+  ::localtime_r(&time, &local);
+  std::array<char, 64> text{};
+  static_cast<void>(std::strftime(text.data(), text.size(), "%a %Y-%m-%d %H:%M:%S %z", &local));
+  return text.data();
+}
+
+void write_title(std::ostream& out, const std::string& title) {
+  out << "\n" << title << "\n" << std::string(title.size(), '=') << "\n";
+}
+
+// A name and what is to say of it, further lines below the first.
+void write_field(std::ostream& out, const std::string& name, const std::string& value) {
+  constexpr std::size_t kNameWidth = 12;
+  std::string label = name;
+  for (const std::string& line : wrapped(value, kWidth - kNameWidth)) {
+    out << std::left << std::setw(static_cast<int>(kNameWidth)) << label << line << "\n";
+    label.clear();
+  }
+}
+
+std::string joined(const std::vector<std::string>& texts, const char* between) {
+  std::string all;
+  for (const std::string& text : texts) {
+    if (!text.empty()) all += (all.empty() ? "" : between) + text;
+  }
+  return all;
+}
+
+// What the user could not get to see, by the reports' own words.
+std::string denied_text(const Collection& collection) {
+  std::string files;
+  for (const Row& row : collection.rows) {
+    if (row.report == nullptr || row.report->denied() == 0) continue;
+    files += (files.empty() ? "" : ", ") + counted(row.report->denied(), "line") + " of " +
+             row.step.file;
+  }
+  return files.empty() ? "" : "; \"permission denied\" in " + files;
+}
+
+void write_head(std::ostream& out, const Collection& collection) {
+  write_field(out, "Machine", collection.host);
+  if (!collection.label.empty()) write_field(out, "Label", collection.label);
+  write_field(out, "Collected",
+              time_text(collection.started) + ", in " + seconds_text(collection.seconds) +
+                  " s, by " + collection.user);
+  write_field(
+      out, "With",
+      "sit " + collection.tool_version + ", plug-in " +
+          (collection.plugin_version.empty() ? "of unknown version" : collection.plugin_version));
+  write_field(out, "Options",
+              collection.options.empty() ? "none" : joined(collection.options, " "));
+  write_field(out, "Root",
+              (collection.is_root ? "yes" : "no: what only root may see is not here") +
+                  denied_text(collection));
+  for (const Row& row : collection.rows) {
+    if (row.step.kind->work == Work::kDiscovery) write_field(out, "Products", row.why);
+  }
+  if (!collection.note.empty()) write_field(out, "Note", collection.note);
+  write_field(out, "Outcome", verdict_of(collection));
+}
+
+void write_problems(std::ostream& out, const std::vector<Problem>& problems) {
+  write_title(out, "MISSING OR WRONG");
+  if (problems.empty()) out << "Nothing.\n";
+  for (std::size_t i = 0; i < std::min(problems.size(), kMostProblems); ++i) {
+    const Problem& problem = problems[i];
+    std::string mark = std::to_string(i + 1);
+    mark.insert(0, mark.size() < kIndent - 2 ? kIndent - 2 - mark.size() : 0, ' ');
+    for (const std::string& line : wrapped(problem.text, kWidth - kIndent)) {
+      out << std::left << std::setw(static_cast<int>(kIndent)) << mark << line << "\n";
+      mark.clear();
+    }
+    if (problem.file.empty()) continue;
+    out << std::string(kIndent, ' ') << problem.file;
+    if (problem.line != 0) out << ":" << problem.line;
+    out << "\n";
+  }
+  if (problems.size() > kMostProblems) {
+    out << "and " << problems.size() - kMostProblems << " more, in manifest.json\n";
+  }
+}
+
+std::string uptime_text(double seconds) {
+  constexpr long kMinute = 60;
+  constexpr long kHour = 60 * kMinute;
+  constexpr long kDay = 24 * kHour;
+  const auto whole = static_cast<long>(seconds);
+  std::ostringstream text;
+  text << whole / kDay << " d " << whole % kDay / kHour << " h " << whole % kHour / kMinute
+       << " min";
+  return text.str();
+}
+
+std::string states_text(const char* what, const std::vector<std::string>& names) {
+  if (names.empty()) return std::string("none ") + what;
+  return std::to_string(names.size()) + " " + what + " (" + joined(names, ", ") + ")";
+}
+
+void write_machine(std::ostream& out, const Glance& glance) {
+  write_title(out, "THE MACHINE");
+  if (glance.uptime < 0) {
+    out << "Not looked at.\n";
+    return;
+  }
+  write_field(out, "Up", uptime_text(glance.uptime));
+  write_field(out, "Load", glance.load + " on " + counted(glance.cores, "core"));
+  write_field(
+      out, "Memory",
+      size_text(glance.memory) + ", of which " + size_text(glance.memory_available) + " available");
+  write_field(out, "Swap",
+              glance.swap == 0
+                  ? "none"
+                  : size_text(glance.swap) + ", of which " + size_text(glance.swap_free) + " free");
+  write_field(out, "Over 90 %", glance.full.empty() ? "no file system" : joined(glance.full, ", "));
+  write_field(out, "Processes",
+              std::to_string(glance.processes) + ", " + states_text("waiting (D)", glance.waiting) +
+                  ", " + states_text("ended but not taken (Z)", glance.zombies));
+  const char* clock = glance.clock_is_synchronised ? "synchronised" : "NOT synchronised";
+  write_field(out, "Clock", glance.clock_is_known ? clock : "not known");
+}
+
+std::string table_row(const std::string& outcome, const std::string& seconds,
+                      const std::string& bytes, const std::string& title) {
+  constexpr int kOutcome = 10;
+  constexpr int kSeconds = 8;
+  constexpr int kBytes = 11;
+  constexpr std::size_t kTitle = kWidth - kOutcome - kSeconds - kBytes - 2;
+  std::ostringstream row;
+  row << std::left << std::setw(kOutcome) << outcome << std::right << std::setw(kSeconds) << seconds
+      << std::setw(kBytes) << bytes << "  " << fitted(title, kTitle) << "\n";
+  return row.str();
+}
+
+void write_rows(std::ostream& out, const std::deque<Row>& rows) {
+  write_title(out, "ROWS");
+  out << table_row("Outcome", "Seconds", "Bytes", "Title, and file");
+  std::map<std::string, std::vector<std::string>> skipped;
+  for (const Row& row : rows) {
+    if (row.outcome == RowOutcome::kSkipped) {
+      skipped[row.why].push_back(row.step.id);
+      continue;
+    }
+    out << table_row(text_of(row.outcome), seconds_text(row.seconds),
+                     row.step.file.empty() ? "" : std::to_string(row.bytes), row.step.title);
+    const std::string indent(kWidth - 49, ' ');
+    if (row.bytes > 0) out << indent << row.step.file << "\n";
+    if (row.outcome == RowOutcome::kOk && row.step.kind->on == On::kCommand && !row.why.empty()) {
+      out << indent << row.why << "\n";
+    }
+  }
+  for (const auto& [why, ids] : skipped)
+    write_field(out, "skipped", why + ": " + joined(ids, ", "));
+}
+
+}  // namespace
+
+std::string verdict_of(const Collection& collection) {
+  if (collection.is_complete()) return "Complete";
+  const auto faulty = std::count_if(collection.rows.begin(), collection.rows.end(),
+                                    [](const Row& row) { return is_fault(row.outcome); });
+  return "Not complete: " + std::to_string(faulty) + " of " +
+         counted(collection.rows.size(), "row") + " not ok" +
+         (collection.given_up.empty() ? "" : "; " + collection.given_up);
+}
+
+std::string summary_of(const Collection& collection, const std::vector<Problem>& problems) {
+  std::ostringstream out;
+  out << "SIT COLLECTION\n==============\n";
+  write_head(out, collection);
+  write_problems(out, problems);
+  write_machine(out, collection.glance);
+  write_rows(out, collection.rows);
+  return out.str();
+}
+
+}  // namespace host

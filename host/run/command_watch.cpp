@@ -1,0 +1,148 @@
+#include "run/command_watch.h"
+
+#include <algorithm>
+#include <csignal>
+
+#include "support/text.h"
+
+namespace host {
+namespace {
+
+constexpr double kPatience = 2;  // seconds between asking a command to end and ending it
+constexpr double kTenth = 0.1;
+
+double seconds_since(Clock::time_point start) {
+  return std::chrono::duration<double>(Clock::now() - start).count();
+}
+
+}  // namespace
+
+std::vector<EndedCommand> CommandWatch::look(const std::vector<Process>& processes,
+                                             const std::map<pid_t, std::string>& rows) {
+  sort_in(processes, rows);
+  std::vector<EndedCommand> begun;
+  for (auto at = commands_.begin(); at != commands_.end();) {
+    Command& command = at->second;
+    if (command.members.empty()) {
+      if (command.asked) note_end(command);
+      at = commands_.erase(at);
+      continue;
+    }
+    command.seconds = age_in_seconds(command.root);
+    if (command.asked) {
+      insist(command);
+    } else if (ending_all_ || command.is_unwanted || command.seconds > limit_of(command)) {
+      ask(command);
+      begun.push_back({command.command_line, command.root.pid, command.seconds, "", command.row});
+    }
+    ++at;
+  }
+  return begun;
+}
+
+void CommandWatch::sort_in(const std::vector<Process>& processes,
+                           const std::map<pid_t, std::string>& rows) {
+  for (auto& [key, command] : commands_) command.members.clear();
+  std::map<Key, Key> living;
+  std::map<pid_t, Key> by_number;
+  for (const Process& process : processes) {
+    if (rows.count(process.pid) != 0) continue;  // a worker itself
+    const Key key{process.pid, process.start};
+    const auto known = command_of_.find(key);
+    const auto parent = by_number.find(process.parent);
+    Key root = key;
+    if (known != command_of_.end()) {
+      root = known->second;
+    } else if (parent != by_number.end()) {
+      root = parent->second;
+    }
+    auto [found, is_new] = commands_.try_emplace(root, Command{.root = process, .row = {}});
+    Command& command = found->second;
+    if (is_new) {
+      // One that has come to the host without having been seen before may still be in the session
+      // of its worker.
+      const auto row =
+          rows.find(rows.count(process.parent) != 0 ? process.parent : process.session);
+      if (row != rows.end()) command.row = row->second;
+      command.worker = process.parent;
+    }
+    if (process == command.root) command.is_left_over = rows.count(process.parent) == 0;
+    command.members.push_back(process);
+    living[key] = root;
+    by_number[process.pid] = root;
+  }
+  command_of_ = std::move(living);
+}
+
+double CommandWatch::limit_of(const Command& command) const {
+  if (offenders_.empty()) return limit_;
+  const std::string line = command_line_of(command.root.pid);
+  return offenders_.count(program_of(line)) == 0 ? limit_ : limit_ * kTenth;
+}
+
+void CommandWatch::end_commands_of(pid_t worker) {
+  for (auto& [key, command] : commands_) {
+    if (command.worker == worker) command.is_unwanted = true;
+  }
+}
+
+void CommandWatch::read_command_line(Command& command) const {
+  if (!command.command_line.empty()) return;
+  for (const Process& member : command.members) {
+    command.command_line = command_line_of(member.pid);
+    if (!command.command_line.empty()) break;
+  }
+  command.program = program_of(command.command_line);
+}
+
+void CommandWatch::ask(Command& command) {
+  read_command_line(command);
+  command.asked = Clock::now();
+  const auto [offender, is_first] = offenders_.try_emplace(command.program);
+  // There is no use in asking one again that did not listen.
+  command.is_killed = !is_first && offender->second.ignores_terminate;
+  send(command, command.is_killed ? SIGKILL : SIGTERM);
+}
+
+void CommandWatch::insist(Command& command) {
+  if (!command.is_killed && seconds_since(*command.asked) < kPatience) return;
+  if (!command.is_killed) offenders_[command.program].ignores_terminate = true;
+  command.is_killed = true;
+  send(command, SIGKILL);
+}
+
+void CommandWatch::send(Command& command, int signal) const {
+  for (const Process& member : command.members) {
+    command.is_forbidden = !send_signal(member, signal) || command.is_forbidden;
+    // One that is stopped would not notice.
+    if (signal == SIGTERM) send_signal(member, SIGCONT);
+  }
+}
+
+void CommandWatch::note_end(const Command& command) {
+  std::string end = command.is_left_over ? "left over; " : "";
+  end += command.is_killed ? "killed" : "ended by SIGTERM";
+  ended_.push_back({command.command_line, command.root.pid, command.seconds, end, command.row});
+}
+
+void CommandWatch::give_up() {
+  for (auto& [key, command] : commands_) {
+    read_command_line(command);
+    const std::string state{command.members.empty() ? '?' : command.members.front().state};
+    ended_.push_back({command.command_line, command.root.pid, command.seconds,
+                      command.is_forbidden ? "still running: it may not be signalled"
+                                           : "still running, in state " + state,
+                      command.row});
+  }
+}
+
+std::optional<CommandWatch::Running> CommandWatch::of_worker(pid_t worker) const {
+  for (const auto& [key, command] : commands_) {
+    if (command.worker != worker || command.members.empty()) continue;
+    return Running{command_line_of(command.root.pid), age_in_seconds(command.root),
+                   limit_of(command)};
+  }
+  return std::nullopt;
+}
+
+}  // namespace host

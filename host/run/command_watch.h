@@ -1,0 +1,89 @@
+// Sees to it that no command of a collection runs longer than it may, or outlives the collection.
+#pragma once
+
+#include <chrono>
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "result/row.h"
+#include "run/processes.h"
+
+namespace host {
+
+using Clock = std::chrono::steady_clock;
+
+class CommandWatch {
+ public:
+  explicit CommandWatch(double limit) : limit_(limit) {}
+
+  // A command that a worker waits for, and how long it may take.
+  struct Running {
+    std::string command_line;
+    double seconds;
+    double limit;
+  };
+
+  // Takes note of all processes below the host, parents first. `rows` tells by the worker's number
+  // what row its commands are for. Ends what is too old and returns those it has begun to end.
+  std::vector<EndedCommand> look(const std::vector<Process>& processes,
+                                 const std::map<pid_t, std::string>& rows);
+
+  // Whatever this worker has started is to end, for the worker has.
+  void end_commands_of(pid_t worker);
+
+  // The same for all that is there.
+  void end_all() { ending_all_ = true; }
+
+  // What the processes that will not end are in, once nothing more can be done.
+  void give_up();
+
+  [[nodiscard]] bool is_idle() const { return commands_.empty(); }
+
+  // The command that the worker waits for at the moment.
+  [[nodiscard]] std::optional<Running> of_worker(pid_t worker) const;
+
+  // Those that had to be ended, in the order of their end.
+  [[nodiscard]] const std::vector<EndedCommand>& ended() const { return ended_; }
+
+ private:
+  // A process that a worker has started, or that has come to the host, with all below it.
+  struct Command {
+    Process root;
+    std::string row;
+    pid_t worker = 0;
+    std::string command_line = {};
+    std::string program = {};
+    std::vector<Process> members = {};
+    bool is_left_over = false;
+    bool is_unwanted = false;
+    std::optional<Clock::time_point> asked = {};  // to end
+    bool is_killed = false;
+    bool is_forbidden = false;
+    double seconds = 0;
+  };
+  // What is known of a program that has reached the limit once.
+  struct Offender {
+    bool ignores_terminate = false;
+  };
+  using Key = std::pair<pid_t, std::uint64_t>;
+
+  void sort_in(const std::vector<Process>& processes, const std::map<pid_t, std::string>& rows);
+  [[nodiscard]] double limit_of(const Command& command) const;
+  void read_command_line(Command& command) const;
+  void ask(Command& command);
+  void insist(Command& command);
+  void send(Command& command, int signal) const;
+  void note_end(const Command& command);
+
+  double limit_;
+  bool ending_all_ = false;
+  std::map<Key, Command> commands_;  // by their root
+  std::map<Key, Key> command_of_;    // every process that lives
+  std::map<std::string, Offender> offenders_;
+  std::vector<EndedCommand> ended_;
+};
+
+}  // namespace host

@@ -1,0 +1,180 @@
+// What becomes of the rows while their workers are at them.
+#include <algorithm>
+#include <csignal>
+#include <ctime>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+#include "run/supervisor.h"
+#include "run/supervisor_state.h"
+#include "support/text.h"
+
+namespace host {
+
+using nlohmann::json;
+
+namespace {
+
+constexpr std::size_t kReadAtOnce = 4U << 20U;
+
+// A line of which at least the kind is known.
+struct Answer {
+  char kind;
+  std::string text;
+};
+
+Answer read_answer(const std::string& line) {
+  return {line.empty() ? '?' : line[0], line.size() > 2 ? line.substr(2) : ""};
+}
+
+}  // namespace
+
+const std::optional<Found>& Supervisor::found(const std::string& id) const {
+  static const std::optional<Found> nothing;
+  const auto at = found_.find(id);
+  return at == found_.end() ? nothing : at->second;
+}
+
+void Supervisor::take_answers(Worker& worker) {
+  worker.process.take_printed();
+  for (const std::string& line : worker.process.take_lines()) {
+    worker.last_activity = Clock::now();
+    try {
+      if (!worker.run.is_done()) take(worker, line);
+    } catch (const json::exception&) {  // not a line of ours: a product is in the same process
+    }
+  }
+}
+
+void Supervisor::take(Worker& worker, const std::string& line) {
+  const Answer answer = read_answer(line);
+  switch (answer.kind) {
+    case 'c':
+      take_child_end(*worker.run.row(), answer.text);
+      break;
+    case 'r':
+      take_result(worker, json::parse(answer.text));
+      break;
+    case 'n':
+      worker.run.row()->now = answer.text;
+      break;
+    case 'g':
+      glance_.add(json::parse(answer.text));
+      break;
+    case 'x':
+      worker.crashed_in = answer.text;
+      break;
+    case 'f':
+      worker.failure = answer.text;
+      break;
+    default:
+      break;
+  }
+}
+
+void Supervisor::take_child_end(Row& row, const std::string& text) {
+  std::istringstream fields(text);
+  pid_t pid = 0;
+  int code = 0;
+  int status = 0;
+  int is_short = 0;
+  std::uint64_t size = 0;
+  if (!(fields >> pid >> code >> status >> is_short >> size)) return;
+  if (!row.exit_of_first) {
+    row.exit_of_first =
+        code == CLD_EXITED ? "exit status " + std::to_string(status) : signal_text(status);
+  }
+  if (is_short != 0) note_short(row, size);
+}
+
+void Supervisor::take_result(Worker& worker, const json& result) {
+  Row& row = *worker.run.row();
+  if (result.contains("code")) row.code = result.at("code").get<int>();
+  row.why = result.value("why", "");
+  if (result.contains("nothing")) {
+    row.outcome = RowOutcome::kOk;
+    row.why = result.at("nothing").get<std::string>();
+  }
+  if (result.contains("found")) {
+    found_[row.step.id] = result.at("found").get<Found>();
+    judge(row, *found_[row.step.id]);
+  }
+  has_results_ = true;
+  next_row(worker);
+}
+
+// The row is left as it is, and what it has written stays.
+void Supervisor::leave_row(Worker& worker, RowOutcome outcome, const std::string& why) {
+  Row& row = *worker.run.row();
+  row.outcome = outcome;
+  row.why = why;
+  if (!row.now.empty()) row.why += ", " + row.now;
+  if (const std::string said = worker.process.last_printed_line(); !said.empty()) {
+    row.why += ": " + printable(said);
+  }
+  while (!read_report(row)) {
+  }
+  if (row.report != nullptr) {
+    const bool is_crash = outcome == RowOutcome::kCrashed;
+    row.report->note(row.report->size(),
+                     is_crash ? SectionOutcome::kCrashed : SectionOutcome::kTimedOut, row.why);
+  }
+  for (Row* other : worker.run.rows) {
+    if (other->step.kind->needs != std::string(row.step.kind->id)) continue;
+    other->lacks = "what " + row.step.id + " finds is not known, since it was given up";
+  }
+  next_row(worker);
+}
+
+void Supervisor::next_row(Worker& worker) {
+  Row& row = *worker.run.row();
+  row.seconds = seconds_since(worker.row_start);
+  reading_.push_back(&row);
+  ++worker.run.next;
+  worker.row_start = worker.last_activity = Clock::now();
+}
+
+void Supervisor::skip_rest(Run& run) {
+  for (; !run.is_done(); ++run.next) {
+    run.row()->outcome = RowOutcome::kSkipped;
+    run.row()->why = given_up_;
+    progress_.finished(*run.row());
+  }
+}
+
+void Supervisor::note_short(Row& row, std::uint64_t size) {
+  row.is_short_of_space = true;
+  if (no_space_.empty()) {
+    no_space_ = "no space left on " + file_system_of(folder_.descriptor());
+    progress_.say(no_space_);
+  }
+  static_cast<void>(read_report(row));
+  if (row.report != nullptr) row.report->note(size, SectionOutcome::kIncomplete, no_space_);
+}
+
+// Reads on in the report of a row; true when there is nothing more in it for now.
+bool Supervisor::read_report(Row& row) {
+  if (row.step.kind->report == nullptr) return true;
+  if (row.report == nullptr) {
+    row.report = std::make_unique<Report>(row.step.kind->report(), std::time(nullptr));
+  }
+  return row.follower.read_on(folder_, row.step.file, *row.report, kReadAtOnce);
+}
+
+bool Supervisor::read_finished_reports() {
+  bool is_all_read = true;
+  for (auto at = reading_.begin(); at != reading_.end();) {
+    Row& row = **at;
+    if (!read_report(row)) {
+      is_all_read = false;
+      ++at;
+      continue;
+    }
+    conclude(row, folder_, no_space_);
+    progress_.finished(row);
+    at = reading_.erase(at);
+  }
+  return is_all_read;
+}
+
+}  // namespace host

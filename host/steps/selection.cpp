@@ -1,0 +1,88 @@
+#include "steps/selection.h"
+
+#include <algorithm>
+#include <set>
+
+#include "support/failure.h"
+#include "support/text.h"
+
+namespace host {
+namespace {
+
+bool names(const std::string& id, const Step& step) {
+  return id == step.id || id == step.kind->id || step.id.starts_with(id + "/");
+}
+
+bool names_any(const std::vector<std::string>& ids, const Step& step) {
+  return std::any_of(ids.begin(), ids.end(),
+                     [&step](const std::string& id) { return names(id, step); });
+}
+
+Step* find_needed(Subject& subject, const Step& step) {
+  for (Step& other : subject.steps) {
+    if (other.kind->id == std::string(step.kind->needs)) return &other;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+bool Selection::wants(const Step& step) const {
+  return !skips(step) && (only.empty() || names_any(only, step));
+}
+
+bool Selection::skips(const Step& step) const { return names_any(skip, step); }
+
+bool Selection::needs_installations() const {
+  const auto is_independent = [](const std::string& id) {
+    const std::string plain = id.substr(0, id.find_last_not_of("-0123456789") + 1);
+    return std::any_of(step_kinds().begin(), step_kinds().end(), [&plain](const StepKind& kind) {
+      return plain == kind.id && kind.is_independent;
+    });
+  };
+  return only.empty() || !std::all_of(only.begin(), only.end(), is_independent);
+}
+
+void select(std::vector<Subject>& subjects, const Selection& selection) {
+  for (Subject& subject : subjects) {
+    for (Step& step : subject.steps) {
+      if (!selection.only.empty() && !names_any(selection.only, step)) {
+        step.left_out = "not among --only";
+      }
+      if (names_any(selection.skip, step)) step.left_out = "left out by --skip";
+    }
+    for (Step& step : subject.steps) {
+      Step* needed = step.left_out.empty() ? find_needed(subject, step) : nullptr;
+      if (needed == nullptr) continue;
+      if (names_any(selection.skip, *needed)) {
+        step.left_out = "needs " + needed->id + ", which is left out";
+      } else {
+        needed->left_out.clear();
+      }
+    }
+  }
+}
+
+void check(const Selection& selection, const std::vector<Subject>& subjects) {
+  std::set<std::string> known;
+  for (const StepKind& kind : step_kinds()) known.insert(kind.id);
+  for (const Subject& subject : subjects) {
+    for (const Step& step : subject.steps) {
+      known.insert(step.id);
+      if (const std::size_t slash = step.id.find('/'); slash != std::string::npos) {
+        known.insert(step.id.substr(0, slash));
+      }
+    }
+  }
+  for (const auto* ids : {&selection.only, &selection.skip}) {
+    for (const std::string& id : *ids) {
+      if (known.count(id) != 0) continue;
+      const std::string near = nearest(id, {known.begin(), known.end()});
+      throw UsageError("no step \"" + printable(id) + "\"" +
+                       (near.empty() ? "" : "; did you mean \"" + near + "\"?") +
+                       " sit collect --list-steps shows them all");
+    }
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,97 @@
+// The steps of a collection, as data.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "result/report_kinds.h"
+#include "steps/installation.h"
+
+namespace host {
+
+// What to collect besides this machine and its installations.
+struct Wishes {
+  std::vector<std::pair<std::string, std::string>> netscape;   // server root, server name
+  std::vector<std::string> apache;                             // server root
+  std::vector<std::string> commands;                           // to capture
+  std::vector<std::pair<std::string, std::string>> libraries;  // to capture: path, entry point
+  std::vector<std::string> brokers;  // whose logs to copy, as OBCopyFiles names them; none: all
+};
+
+// What a step is about, hence how often there is one.
+enum class On {
+  kDiscovery,
+  kMachine,
+  kOtherInstallation,  // than the one that the machine's own versions tell of
+  kInstallation,
+  kProduct,
+  kMonitor,
+  kNetscape,
+  kApache,
+  kCommand,
+  kLibrary
+};
+
+// What a worker does for a step.
+enum class Work { kCall, kCallForEachLog, kDiscovery, kGlance };
+
+struct StepKind {
+  const char* id;
+  On on;
+  const char* title;  // with {placeholders}, as the arguments and the file
+  Work work;
+  const char* call = "";  // an entry of the catalogue
+  std::vector<const char*> arguments = {};
+  const char* file = "";
+  const ReportKind& (*report)() = nullptr;
+  bool is_independent = false;  // of any installation
+  bool appends = false;         // the call makes the file itself
+  const char* needs = "";       // a step of the same subject that goes before
+  // Releases that have no such report; null: all have it.
+  bool (*applies)(const Installation&) = nullptr;
+};
+
+[[nodiscard]] const std::vector<StepKind>& step_kinds();
+
+struct Step {
+  const StepKind* kind = nullptr;
+  std::string id;
+  std::string title = {};
+  std::string file = {};    // below the output folder; empty: none
+  std::string folder = {};  // likewise
+  std::vector<std::string> arguments = {};
+  std::string version = {};             // whole, of its installation
+  std::vector<std::string> names = {};  // of the logs wanted
+  std::string left_out = {};            // why it is not to be done
+};
+
+// What one worker does, a step after the other.
+struct Subject {
+  std::string name;
+  Environment environment;
+  bool is_independent = false;  // of any installation
+  std::vector<Step> steps = {};
+};
+
+// `place` tells where it looks, where it was told to.
+[[nodiscard]] Step discovery_step(std::size_t number, const std::string& place);
+[[nodiscard]] Step glance_step();
+
+// The subject of the machine's own reports, which also tell of the versions found there.
+struct Machine {
+  Environment environment;
+  bool is_independent = false;  // of any installation
+};
+
+// Everything behind the discovery.
+[[nodiscard]] std::vector<Subject> subjects_of(const Machine& machine,
+                                               const std::vector<Installation>& installations,
+                                               const Wishes& wishes);
+
+// Why there is no step of this kind.
+[[nodiscard]] std::string why_absent(const StepKind& kind,
+                                     const std::vector<Installation>& installations);
+
+}  // namespace host

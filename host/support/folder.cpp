@@ -1,0 +1,127 @@
+#include "support/folder.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <system_error>
+
+#include "support/failure.h"
+#include "support/text.h"
+
+namespace host {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr mode_t kOwnerOnly = 0700;
+constexpr mode_t kFileOfOwner = 0600;
+constexpr const char* kTemporary = ".tmp";
+
+Descriptor open_folder(int at, const std::string& name, int flags = 0) {
+  return Descriptor(::openat(at, name.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | flags));
+}
+
+// Made by nobody else between its making and its opening.
+bool is_ours(int fd) {
+  struct stat status {};
+  return ::fstat(fd, &status) == 0 && status.st_uid == ::geteuid() &&
+         (status.st_mode & 0777U) == kOwnerOnly;
+}
+
+Descriptor make_folder(int parent, const std::string& name) {
+  constexpr int kMostInOneSecond = 100;
+  for (int i = 1; i <= kMostInOneSecond; ++i) {
+    const std::string attempt = i == 1 ? name : name + "-" + std::to_string(i);
+    if (::mkdirat(parent, attempt.c_str(), kOwnerOnly) == 0) {
+      return open_folder(parent, attempt, O_NOFOLLOW);
+    }
+    if (errno != EEXIST) break;
+  }
+  return Descriptor();
+}
+
+std::string path_of(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
+
+}  // namespace
+
+OutputFolder::OutputFolder(const fs::path& parent, const std::string& name) {
+  const auto fail = [&](int error) {
+    throw Failure("cannot make the output folder " + (fs::absolute(parent) / name).string() + ": " +
+                  error_text(error));
+  };
+  std::error_code error;
+  fs::create_directories(parent, error);
+  made_ = fs::absolute(parent) / name;
+  const Descriptor place = open_folder(AT_FDCWD, parent.string());
+  if (!place.is_open()) fail(errno);
+  folder_ = make_folder(place.get(), name);
+  if (!folder_.is_open()) fail(errno);
+  if (!is_ours(folder_.get())) fail(EPERM);
+  if (::mkdirat(folder_.get(), kTemporary, kOwnerOnly) != 0) {
+    const int reason = errno;
+    remove_all();
+    fail(reason);
+  }
+  temporary_ = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(folder_.get()) +
+               "/" + kTemporary;
+  if (!fs::exists(temporary_, error)) temporary_ = path() / kTemporary;
+}
+
+fs::path OutputFolder::path() const {
+  std::error_code error;
+  const fs::path now = fs::read_symlink(path_of(folder_.get()), error);
+  return error ? made_ : now;
+}
+
+bool OutputFolder::make_way_to(const std::string& file) const {
+  for (std::size_t slash = file.find('/'); slash != std::string::npos;
+       slash = file.find('/', slash + 1)) {
+    const std::string folder = file.substr(0, slash);
+    if (::mkdirat(folder_.get(), folder.c_str(), kOwnerOnly) == 0) continue;
+    struct stat status {};
+    if (errno != EEXIST) return false;
+    if (::fstatat(folder_.get(), folder.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) return false;
+    if (S_ISDIR(status.st_mode)) continue;
+    errno = ENOTDIR;
+    return false;
+  }
+  return true;
+}
+
+Descriptor OutputFolder::create(const std::string& file) const {
+  if (!make_way_to(file)) return Descriptor();
+  constexpr int kNew = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+  return Descriptor(::openat(folder_.get(), file.c_str(), kNew, kFileOfOwner));
+}
+
+Descriptor OutputFolder::open(const std::string& file) const {
+  constexpr int kNeverWaits = O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  Descriptor opened(::openat(folder_.get(), file.c_str(), kNeverWaits));
+  struct stat status {};
+  if (opened.is_open() && (::fstat(opened.get(), &status) != 0 || !S_ISREG(status.st_mode))) {
+    opened.reset();
+  }
+  return opened;
+}
+
+void OutputFolder::remove(const std::string& file) const {
+  static_cast<void>(::unlinkat(folder_.get(), file.c_str(), 0));
+}
+
+void OutputFolder::remove_temporary() const {
+  std::error_code error;
+  fs::remove_all(fs::path(path_of(folder_.get())) / kTemporary, error);
+}
+
+void OutputFolder::remove_all() const {
+  std::error_code error;
+  const fs::path where = path();
+  for (const auto& entry : fs::directory_iterator(path_of(folder_.get()), error)) {
+    fs::remove_all(entry.path(), error);
+  }
+  static_cast<void>(::rmdir(where.c_str()));
+}
+
+}  // namespace host

@@ -1,0 +1,47 @@
+// The folder of a collection, held by descriptor: renaming it under the run leads nowhere.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "support/descriptor.h"
+
+namespace host {
+
+class OutputFolder {
+ public:
+  // Makes a new folder of this name, or with a number behind it, that only its owner may look into.
+  // Throws Failure where that cannot be done.
+  OutputFolder(const std::filesystem::path& parent, const std::string& name);
+
+  [[nodiscard]] int descriptor() const { return folder_.get(); }
+
+  // Where it is by now.
+  [[nodiscard]] std::filesystem::path path() const;
+
+  // Makes the folders that lead to this file. False, with errno set, where that cannot be done.
+  [[nodiscard]] bool make_way_to(const std::string& file) const;
+
+  // A file that did not exist before. Not open, with errno set, where that cannot be done.
+  [[nodiscard]] Descriptor create(const std::string& file) const;
+
+  // A regular file in the folder, for reading.
+  [[nodiscard]] Descriptor open(const std::string& file) const;
+
+  void remove(const std::string& file) const;
+
+  // A folder for temporary files, by a path that holds wherever the output folder is moved to, for
+  // as long as this process lives.
+  [[nodiscard]] const std::string& temporary() const { return temporary_; }
+  void remove_temporary() const;
+
+  // With all that is in it.
+  void remove_all() const;
+
+ private:
+  std::filesystem::path made_;  // for a machine without /proc
+  Descriptor folder_;
+  std::string temporary_;
+};
+
+}  // namespace host

@@ -1,0 +1,125 @@
+#include "support/text.h"
+
+#include <algorithm>
+#include <array>
+#include <iomanip>
+#include <numeric>
+#include <sstream>
+#include <system_error>
+#include <utility>
+
+namespace host {
+namespace {
+
+// How many bytes the character at the start of the text has; 0 when it is none that may be shown.
+std::size_t shown_character(std::string_view text) {
+  const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return lead >= 0x20 && lead != 0x7f ? 1 : 0;
+  const std::size_t size = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
+  if (lead < 0xc2 || lead > 0xf4 || text.size() < size) return 0;
+  for (std::size_t i = 1; i < size; ++i) {
+    if ((byte(i) & 0xc0U) != 0x80) return 0;
+  }
+  const bool is_control = lead == 0xc2 && byte(1) < 0xa0;
+  const bool is_too_long = (lead == 0xe0 && byte(1) < 0xa0) || (lead == 0xf0 && byte(1) < 0x90);
+  const bool is_beyond = (lead == 0xed && byte(1) > 0x9f) || (lead == 0xf4 && byte(1) > 0x8f);
+  return is_control || is_too_long || is_beyond ? 0 : size;
+}
+
+std::string rounded(double number, int digits) {
+  std::ostringstream text;
+  text << std::fixed << std::setprecision(digits) << number;
+  return text.str();
+}
+
+// How many characters have to be changed, put in or left out to make one text the other.
+std::size_t distance(std::string_view left, std::string_view right) {
+  std::vector<std::size_t> row(right.size() + 1);
+  std::iota(row.begin(), row.end(), std::size_t{0});
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    std::size_t diagonal = std::exchange(row[0], i + 1);
+    for (std::size_t j = 0; j < right.size(); ++j) {
+      const std::size_t changed = diagonal + (left[i] == right[j] ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({changed, row[j] + 1, diagonal + 1});
+    }
+  }
+  return row.back();
+}
+
+}  // namespace
+
+std::string printable(std::string_view text) {
+  std::string shown;
+  while (!text.empty()) {
+    const std::size_t size = shown_character(text);
+    shown += size == 0 ? "?" : text.substr(0, size);
+    text.remove_prefix(std::max<std::size_t>(size, 1));
+  }
+  return shown;
+}
+
+std::string fitted(std::string_view text, std::size_t width) {
+  constexpr std::string_view kMore = "...";
+  const std::string shown = printable(text.substr(0, 4 * width + kMore.size()));
+  std::size_t characters = 0;
+  std::size_t cut = 0;  // where a text that turns out too long ends
+  for (std::size_t at = 0; at < shown.size(); at += shown_character(shown.substr(at, 4))) {
+    if (characters + kMore.size() == width) cut = at;
+    if (++characters > width) return shown.substr(0, cut) + std::string(kMore);
+  }
+  return shown;
+}
+
+std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
+  std::vector<std::string> lines(1);
+  std::istringstream words{printable(text)};
+  for (std::string word; words >> word;) {
+    while (word.size() > width) {  // a long path, say
+      if (!lines.back().empty()) lines.emplace_back();
+      lines.back() = word.substr(0, width);
+      word.erase(0, width);
+    }
+    const bool fits = lines.back().size() + word.size() < width || lines.back().empty();
+    if (!fits) lines.emplace_back();
+    if (!lines.back().empty()) lines.back() += ' ';
+    lines.back() += word;
+  }
+  return lines;
+}
+
+std::string seconds_text(double seconds) {
+  constexpr double kExact = 10;
+  return rounded(seconds, seconds < kExact ? 2 : 1);
+}
+
+std::string size_text(std::uint64_t bytes) {
+  constexpr double kStep = 1024;
+  constexpr std::array kUnits{"bytes", "KiB", "MiB", "GiB", "TiB", "PiB", "EiB"};
+  std::size_t unit = 0;
+  auto number = static_cast<double>(bytes);
+  for (; number >= kStep && unit + 1 < kUnits.size(); ++unit) number /= kStep;
+  return rounded(number, unit == 0 ? 0 : 1) + " " + kUnits.at(unit);
+}
+
+std::string counted(std::size_t count, const std::string& one) {
+  return std::to_string(count) + " " + one + (count == 1 ? "" : "s");
+}
+
+std::string error_text(int error) { return std::generic_category().message(error); }
+
+std::string nearest(const std::string& name, const std::vector<std::string>& known) {
+  std::string best;
+  std::size_t least = name.size() / 2 + 1;
+  for (const std::string& other : known) {
+    const std::size_t apart = distance(name, other);
+    if (apart < least) {
+      least = apart;
+      best = other;
+    }
+  }
+  return best;
+}
+
+}  // namespace host

@@ -1,0 +1,212 @@
+// What "sit collect" brings home from machines that are well.
+#include <sys/stat.h>
+
+#include <map>
+#include <regex>
+
+#include "support/collection.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Collected;
+using test::read_file;
+
+// The files below a folder, by their path there.
+std::map<std::string, std::string> files_below(const fs::path& folder) {
+  std::map<std::string, std::string> files;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    if (entry.is_regular_file()) {
+      files[entry.path().lexically_relative(folder)] = read_file(entry.path());
+    }
+  }
+  return files;
+}
+
+class Collect : public test::CollectTest {
+ protected:
+  // What is missing or wrong, then the rows, by the manifest; without what differs from run to run.
+  [[nodiscard]] std::string told(const Collected& made) const {
+    std::string text;
+    for (const auto& problem : made.manifest.at("problems")) {
+      text += problem.at("text").get<std::string>() + "\n";
+      const std::string file = problem.at("file");
+      if (file.empty()) continue;
+      const int line = problem.at("line");
+      const std::string place = file + (line == 0 ? "" : ":" + std::to_string(line));
+      text += "    " + place + "\n";
+      EXPECT_NE(made.summary.find("    " + place + "\n"), std::string::npos) << place;
+    }
+    for (const auto& row : made.manifest.at("rows")) {
+      for (const char* field : {"outcome", "id", "title"}) {
+        text += row.at(field).get<std::string>() + " | ";
+      }
+      text += row.at("file").empty() ? "\n" : row.at("file").get<std::string>() + "\n";
+    }
+    const std::pair<std::regex, const char*> placeholders[] = {
+        {std::regex(sample()), "@DIR@"},
+        {std::regex(SICK_LIBRARY "|" CAPTURED_LIBRARY), "@LIBRARY@"},
+        {std::regex("[0-9a-f]{8}\\.0"), "HASH.0"},
+        {std::regex("ends in 20 days, on \\S+"), "ends in 20 days"}};
+    for (const auto& [pattern, name] : placeholders) text = std::regex_replace(text, pattern, name);
+    return text;
+  }
+
+  // The whole validation report and everything copied beside it.
+  void expect_validation_in(const fs::path& collected) const {
+    std::string report = read_file(EXPECTED "/sample_validation.txt");
+    for (std::size_t at = 0; (at = report.find("@DIR@")) != std::string::npos;) {
+      report.replace(at, 5, sample());
+    }
+    EXPECT_EQ(test::without_header(read_file(collected / "validation.txt")), report);
+    for (const std::string name : {"obroker.properties", "conmgr.properties"}) {
+      EXPECT_EQ(read_file(collected / (name + ".101B")),
+                read_file(sample() + "/pel/properties/" + name));
+    }
+    std::map<std::string, std::string> logs;
+    for (const auto& [file, content] : files_below(sample() + "/pel/work")) {
+      const std::string name = fs::path(file).filename();
+      if (name.ends_with(".pf")) continue;
+      const std::string broker = name.substr(0, name.find('.'));
+      const bool is_admin_server = name == "AdminSrvConsole.log" || name == "adminsrv.log" ||
+                                   name == "cmdhandler.log" || name == "faults.log" ||
+                                   name == "general.log";
+      logs[(is_admin_server ? "adminserver/" : "brokers/" + broker + "/") + name] = content;
+    }
+    for (const std::string name : {"sports", "freight"}) {
+      logs["databases/" + name + "/" + name + ".lg"] =
+          read_file(sample() + "/pel/databases/" + name + ".lg");
+    }
+    std::string& longest = logs["brokers/orders/orders.broker.log"];
+    longest = longest.substr(longest.find('\n', longest.size() - (1U << 20U)) + 1);
+    longest.insert(0, "PELINVENTORY:  File trimmed to 1 MB...\n\n");
+    auto copied = files_below(collected / "logs");
+    copied.erase("messages.txt");
+    EXPECT_TRUE(copied == logs);
+  }
+};
+
+TEST_F(Collect, ThisMachine) {
+  const Collected made = collect("--label 'a b'");
+  EXPECT_EQ(made.status, 0) << made.said;
+  EXPECT_EQ(made.printed, made.folder.string() + "\n");
+  EXPECT_NE(made.folder.string().find("-a_b-20"), std::string::npos);
+  EXPECT_EQ(made.manifest.at("format"), 1);
+  EXPECT_EQ(made.manifest.at("label"), "a b");
+  EXPECT_EQ(made.manifest.at("complete"), true);
+  EXPECT_NE(made.summary.find("MISSING OR WRONG\n================\nNothing.\n"), std::string::npos);
+  struct stat status {};
+  ASSERT_EQ(::stat(made.folder.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0700U);
+  std::string names;
+  for (const auto& [name, content] : files_below(made.folder)) {
+    names += name + " ";
+    ASSERT_EQ(::stat((made.folder / name).c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777U, 0600U) << name;
+    if (name == "summary.txt" || name == "manifest.json") continue;
+    test::without_header(content);
+    EXPECT_TRUE(content.ends_with("\n==End of Log==\n")) << name;
+  }
+  EXPECT_EQ(names, "environment.txt manifest.json summary.txt system.txt versions.txt ");
+  EXPECT_NE(read_file(made.folder / "environment.txt").find("TMPDIR='" + temporary() + "'"),
+            std::string::npos)
+      << "the user's own variables are what counts";
+}
+
+TEST_F(Collect, SampleAndWhatIsAmissInIt) {
+  const Collected made = collect(sample_options());
+  EXPECT_EQ(made.status, 1);
+  EXPECT_EQ(told(made), read_file(EXPECTED "/sample_collection.txt"));
+  EXPECT_FALSE(std::regex_search(made.summary, std::regex("[^\n]{81}"))) << made.summary;
+  expect_validation_in(made.folder / "10.1B");
+  EXPECT_EQ(test::without_header(read_file(made.folder / "capture-1/output.txt")),
+            "captured\n\n==End of Log==\n");
+  EXPECT_TRUE(fs::exists(made.folder / "library-1/left"));
+  EXPECT_EQ(read_file(made.folder / "2.1A-of-10.1B03/Delvon21APel101B/delvon.xml"),
+            read_file(sample() + "/delvon/conf/delvon.xml"));
+}
+
+TEST_F(Collect, HealthySampleHasNothingMissingOrWrong) {
+  const Collected made = collect(sample_options("--healthy"));
+  EXPECT_EQ(made.status, 0) << made.said;
+  EXPECT_TRUE(made.manifest.at("problems").empty()) << made.summary;
+}
+
+TEST_F(Collect, LogsOfTheNamedBrokersOnly) {
+  static_cast<void>(sample_options());
+  const Collected made = collect(
+      "--only logs --brokers portal --brokers db:Sports --installation " + sample() + "/pel");
+  EXPECT_EQ(made.status, 1) << "the validation, which the logs need, misses a file";
+  auto logs = files_below(made.folder / "10.1B/logs");
+  EXPECT_EQ(logs.erase("messages.txt"), 1U);
+  const std::map<std::string, std::string> expected{
+      {"brokers/portal/portal.log", read_file(sample() + "/pel/work/portal.log")},
+      {"databases/sports/sports.lg", read_file(sample() + "/pel/databases/sports.lg")}};
+  EXPECT_EQ(logs, expected);
+}
+
+TEST_F(Collect, StepsAreChosenByTheirIds) {
+  static_cast<void>(sample_options());
+  const std::string pel = "--installation " + sample() + "/pel ";
+  const std::pair<std::string, std::string> chosen[] = {
+      {"--only environment", "environment"},
+      {"--only 10.1B/files --skip glance", "discovery 10.1B/files"},
+      {"--only 10.1B --skip security --skip validation",
+       "discovery 10.1B/configuration 10.1B/files"},
+      {"--skip 10.1B --skip system", "discovery glance versions environment"}};
+  for (const auto& [options, expected] : chosen) {
+    const Collected made = collect(pel + options);
+    std::string done;
+    for (const auto& row : made.manifest.at("rows")) {
+      if (row.at("outcome") == "skipped") continue;
+      done += (done.empty() ? "" : " ") + row.at("id").get<std::string>();
+    }
+    EXPECT_EQ(done, expected) << options;
+    fs::remove_all(path("out"));
+  }
+  const std::pair<std::string, std::string> refused[] = {
+      {"--only sytem", "no step \"sytem\"; did you mean \"system\"?"},
+      {"--skip 10.1B/fils", "no step \"10.1B/fils\"; did you mean \"10.1B/files\"?"},
+      {"--command-limit 60", "--command-limit: Value 60 not in range"},
+      {"--jobs 0", "--jobs: Value 0 not in range"},
+      {"--progress loud", "--progress is auto, plain or json, not \"loud\""},
+      {"--capture-library /lib.so", "--capture-library takes PATH,ENTRY"}};
+  for (const auto& [options, message] : refused) {
+    const Collected made = collect(pel + options);
+    EXPECT_EQ(made.status, 2) << options;
+    EXPECT_NE(made.said.find(message), std::string::npos) << made.said;
+    EXPECT_EQ(made.printed + made.folder.string(), "") << "nothing half done";
+  }
+  const test::Ran listed = test::run(HOST " collect --list-steps --skip logs 2>/dev/null " + pel);
+  EXPECT_NE(listed.output.find("10.1B/files  Files of 10.1B\n"), std::string::npos);
+  EXPECT_NE(listed.output.find("10.1B/logs  Log files of 10.1B  [left out by --skip]\n"),
+            std::string::npos);
+  EXPECT_NE(listed.output.find("\ndelvon  does not apply: no monitoring installation found"),
+            std::string::npos);
+}
+
+TEST_F(Collect, ProgressSuitsWhereItGoes) {
+  const std::string slow = " --only capture --capture 'sleep 1 # \033]0;x\007'";
+  const std::string tool = std::string(HOST) + " collect --output " + path("out") + slow;
+  const auto on_terminal = [&](const std::string& terminal) {
+    test::write_file(path("tool"), tool);
+    return test::run("TERM=" + terminal + " script -qec 'sh " + path("tool") + "' /dev/null")
+        .output;
+  };
+  const std::string live = on_terminal("xterm");
+  EXPECT_NE(live.find("\r\033[K0 of 1: Output of sleep 1 # ?]0;x? (0 s)"), std::string::npos)
+      << live;
+  const std::string plain_text = on_terminal("dumb");
+  EXPECT_EQ(plain_text.find('\033'), std::string::npos) << plain_text;
+  EXPECT_NE(plain_text.find("Output of sleep 1 # ?]0;x?: ok ("), std::string::npos);
+  const Collected made = collect("--progress json" + slow);
+  std::istringstream lines(made.said);
+  std::string events;
+  for (std::string line; std::getline(lines, line);) {
+    const std::string event = nlohmann::json::parse(line).at("event");
+    if (!events.ends_with(event + " ")) events += event + " ";
+  }
+  EXPECT_EQ(events, "running row message end ");
+}
+
+}  // namespace

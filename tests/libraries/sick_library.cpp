@@ -1,0 +1,35 @@
+// A library of a product that falls sick, in the way that SICKNESS names, when it is asked for its
+// version or called.
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#define EXPORT extern "C" __attribute__((visibility("default")))
+
+namespace {
+
+volatile bool is_sick = true;
+
+int overflow() {
+  volatile char frame[4096];
+  frame[0] = 'x';
+  return is_sick ? overflow() + frame[0] : 0;
+}
+
+}  // namespace
+
+EXPORT void fall_sick() {
+  const char* variable = std::getenv("SICKNESS");
+  const std::string sickness = variable == nullptr ? "" : variable;
+  std::fputs("the library's last words\n", stderr);
+  if (sickness == "abort") std::abort();
+  if (sickness == "exit") std::exit(3);
+  if (sickness == "overflow") overflow();
+  while (is_sick && sickness == "hang") {
+  }
+}
+
+EXPORT short getVersion(char* /*buffer*/, int /*capacity*/) {
+  fall_sick();
+  return 0;
+}

@@ -1,0 +1,265 @@
+// What "sit collect" brings home from machines and products that are sick, and what it does to
+// them.
+#include <sched.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <regex>
+
+#include "support/collection.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Collected;
+using test::Ran;
+using test::read_file;
+using test::run;
+
+class SickMachine : public test::CollectTest {
+ protected:
+  void SetUp() override {
+    CollectTest::SetUp();
+    // Its version library is sick when SICKNESS is set.
+    test::write_file(path("pel/version"), "Pelloran Version 10.1B03 as of today\n");
+    fs::create_directories(path("pel/bin"));
+    fs::copy_file(SICK_LIBRARY, path("pel/bin/versioninfo.dll"));
+    // A tool that hangs and will not be asked to end.
+    test::make_tool(path("bin/ipcs"), "trap '' TERM\nwhile :; do sleep 0.1; done");
+    sleep_ = "sleep 777." + std::to_string(::getpid());
+  }
+  void TearDown() override {
+    const std::string mark = sleep_.substr(1) + "$|" + path("").substr(2) + "bin/ipcs";
+    EXPECT_EQ(run("pgrep -af '[s]" + mark + "' | grep -v pgrep").output, "") << "left behind";
+    CollectTest::TearDown();
+  }
+
+  [[nodiscard]] std::string installation() const { return "--installation " + path("pel") + " "; }
+  [[nodiscard]] std::string with_hung_tool() const { return "PATH=" + path("bin") + ":$PATH"; }
+
+  std::string sleep_;  // a command that nobody else has
+};
+
+TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
+  const std::string library = path("pel/bin/versioninfo.dll");
+  const std::string last_words = ": the library's last words";
+  struct Case {
+    const char* sickness;
+    const char* outcome;
+    std::string why;
+  };
+  const Case cases[] = {{"abort", "crashed", "signal 6 (Aborted) in "},
+                        {"overflow", "crashed", "signal 11 (Segmentation fault) in "},
+                        {"exit", "crashed", "the process ended with status 3 in "},
+                        {"hang", "timed out", "nothing happened for 1 s in "}};
+  for (const auto& [sickness, outcome, why] : cases) {
+    const std::string sick = std::string("export SICKNESS=") + sickness;
+    const Collected at_discovery = collect(installation() + "--command-limit 1", sick);
+    EXPECT_EQ(at_discovery.status, 1);
+    EXPECT_EQ(at_discovery.outcome("discovery"), outcome) << sickness;
+    EXPECT_EQ(at_discovery.why("discovery"), why + library + last_words);
+    for (const char* row : {"versions", "system", "environment"}) {
+      EXPECT_EQ(at_discovery.outcome(row), "ok") << sickness;
+    }
+    fs::remove_all(path("out"));
+    const Collected in_a_row = collect(
+        "--only library --only capture --command-limit 1 "
+        "--capture-library " SICK_LIBRARY
+        ",fall_sick "
+        "--capture-library " CAPTURED_LIBRARY ",leave_a_file",
+        sick);
+    EXPECT_EQ(in_a_row.outcome("library-1"), outcome) << sickness;
+    EXPECT_EQ(in_a_row.why("library-1"), why + SICK_LIBRARY + last_words);
+    EXPECT_NE(read_file(in_a_row.folder / "library-1/index.txt").find("DLL Entry Point: fall_sick"),
+              std::string::npos)
+        << "what it had written stays";
+    EXPECT_EQ(in_a_row.outcome("library-2"), "ok") << "a new worker goes on";
+    EXPECT_TRUE(fs::exists(in_a_row.folder / "library-2/left"));
+    fs::remove_all(path("out"));
+  }
+}
+
+TEST_F(SickMachine, HungToolCostsItsLimitOnce) {
+  const Collected made = collect("--only system --command-limit 1.5", with_hung_tool());
+  EXPECT_EQ(made.status, 1);
+  EXPECT_LT(made.seconds, 6);
+  EXPECT_EQ(made.why("system"),
+            "Semaphore Information timed out, Shared Memory Information timed out");
+  std::string commands;
+  for (const auto& command : made.manifest.at("commands")) {
+    commands += command.at("command").get<std::string>() + ", " +
+                command.at("end").get<std::string>() + ", " + command.at("row").get<std::string>() +
+                "\n";
+  }
+  EXPECT_EQ(commands,
+            "ipcs -s, killed, system\nipcs -sa, killed, system\n"
+            "ipcs -m, killed, system\nipcs -ma, killed, system\n");
+  EXPECT_NE(
+      made.summary.find("Semaphore Information: timed out, \"ipcs -s\" was ended after 1.5 s"),
+      std::string::npos)
+      << made.summary;
+  EXPECT_NE(read_file(made.folder / "system.txt").find("\nProcess Listing\n"), std::string::npos);
+}
+
+TEST_F(SickMachine, CommandsThatDoNotEndOrStayBehind) {
+  const Collected made = collect("--only capture --command-limit 1 --capture 'echo before; " +
+                                 sleep_ + "' --capture 'setsid " + sleep_ +
+                                 " & echo left' --capture 'exit 3' --capture 'nosuchtool' "
+                                 "--capture 'kill -9 $$' --capture 'echo x > /dev/tty'");
+  EXPECT_EQ(made.status, 1);
+  const std::pair<std::string, std::string> expected[] = {
+      {"timed out", "\"echo before; " + sleep_ + "\" was ended after 1 s"},
+      {"ok", ""},
+      {"ok", "exit status 3"},
+      {"failed", "exit status 127"},
+      {"failed", "signal 9 (Killed)"},
+      {"ok", "exit status 2"}};
+  for (std::size_t i = 0; i < std::size(expected); ++i) {
+    const std::string id = "capture-" + std::to_string(i + 1);
+    EXPECT_EQ(made.outcome(id), expected[i].first) << id;
+    EXPECT_EQ(made.why(id), expected[i].second) << id;
+  }
+  EXPECT_NE(read_file(made.folder / "capture-1/output.txt").find("before\n"), std::string::npos);
+  EXPECT_EQ(made.row("capture-3").at("exit"), "exit status 3");
+  EXPECT_EQ(made.manifest.at("commands").at(1).at("command"), sleep_);
+  EXPECT_EQ(made.manifest.at("commands").at(1).at("end"), "left over; ended by SIGTERM");
+}
+
+TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
+  const std::string work = "--jobs 1 --skip system --capture 'echo done' --capture '" + sleep_ +
+                           "' --capture 'echo never'";
+  struct Case {
+    std::string options;
+    std::string before;
+    std::string outcome;
+    std::string why;
+  };
+  const std::string later = "sh -c 'sleep 1; pkill -$0 -xP '$$' sit' ";
+  const Case cases[] = {{"--time-limit 1", "", "timed out", "the run's time limit of 1 s"},
+                        {"", later + "INT &", "failed", "given up: signal 2 (Interrupt)"},
+                        {"", later + "TERM &", "failed", "given up: signal 15 (Terminated)"},
+                        {"", later + "HUP &", "failed", "given up: signal 1 (Hangup)"}};
+  for (const auto& [options, before, outcome, why] : cases) {
+    const Collected made = collect(work + " " + options, before);
+    EXPECT_EQ(made.status, 1) << why;
+    EXPECT_EQ(made.printed, made.folder.string() + "\n");
+    EXPECT_EQ(made.manifest.at("given_up"), why);
+    EXPECT_EQ(made.outcome("capture-1"), "ok");
+    EXPECT_EQ(made.outcome("capture-2"), outcome);
+    EXPECT_EQ(made.outcome("capture-3"), "skipped");
+    EXPECT_EQ(made.why("capture-3"), why);
+    EXPECT_FALSE(fs::exists(made.folder / ".tmp"));
+    fs::remove_all(path("out"));
+  }
+}
+
+TEST_F(SickMachine, ClosedPipeLosesNothing) {
+  const Ran ran = run(HOST " collect --only environment --output " + path("out") + " 2>&1 | true");
+  static_cast<void>(ran);
+  const fs::path folder = *fs::directory_iterator(path("out"));
+  for (int i = 0; i < 50 && !fs::exists(folder / "manifest.json"); ++i) ::usleep(100000);
+  EXPECT_TRUE(nlohmann::json::parse(read_file(folder / "manifest.json")).at("complete"));
+}
+
+// Sets up a small file system at path("full"). False where this machine does not allow that.
+bool mount_small(const std::string& where, const std::string& size) {
+  fs::create_directories(where);
+  if (::unshare(CLONE_NEWNS) != 0) return false;
+  return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         ::mount("none", where.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
+}
+
+TEST_F(SickMachine, FullDiskIsToldWhereTextWasLost) {
+  if (!mount_small(path("out"), "140k")) GTEST_SKIP() << "needs a mount namespace";
+  test::make_tool(path("bin/sysctl"), "yes 'a kernel setting' | head -c 90000");
+  const std::string no_space = "no space left on " + path("out") + " (tmpfs)";
+  const Collected made = collect("--jobs 1", with_hung_tool() + "; rm " + path("bin/ipcs"));
+  EXPECT_EQ(made.status, 1);
+  EXPECT_EQ(made.why("system"), "Kernel Settings incomplete");
+  EXPECT_NE(made.said.find(no_space), std::string::npos) << made.said;
+  for (const auto& section : made.row("system").at("sections")) {
+    const bool is_lost = section.at("title") == "Kernel Settings";
+    EXPECT_EQ(section.at("why") == no_space, is_lost) << section;
+  }
+  EXPECT_EQ(made.outcome("environment"), "ok");
+  fs::remove_all(made.folder);
+
+  const std::string filler = path("out/filler");
+  const Collected none = collect("", "head -c 138k /dev/zero > " + filler);
+  EXPECT_EQ(none.status, 3);
+  EXPECT_EQ(none.said, "sit: " + no_space + "\n");
+  EXPECT_EQ(run("ls -A " + path("out")).output, "filler\n") << "nothing half made";
+  ::umount2(path("out").c_str(), MNT_DETACH);
+}
+
+TEST_F(SickMachine, FoldersOfAnyNameRunNothing) {
+  static_cast<void>(sample_options());
+  const std::string names[] = {
+      "a b", "$(touch pwned)", "; touch pwned #", "'\"`touch pwned`",
+      std::string(120, 'x') + "/" + std::string(120, 'y') + "/" + std::string(120, 'z')};
+  for (const std::string& name : names) {
+    test::write_file(path("name"), path(name));
+    const Ran ran =
+        run("(" HOST " collect --output \"$(cat " + path("name") + ")\" --skip system " +
+            "--installation " + sample() + "/pel --capture 'cat $0' 2>/dev/null)");
+    fs::path folder;
+    for (const auto& entry : fs::directory_iterator(path(name))) folder = entry.path();
+    EXPECT_EQ(ran.output, folder.string() + "\n");
+    const auto manifest = nlohmann::json::parse(read_file(folder / "manifest.json"));
+    EXPECT_EQ(manifest.at("problems").size(), 6U) << manifest.at("problems").dump(1);
+    EXPECT_TRUE(fs::exists(folder / "10.1B/logs/brokers/portal/portal.log"));
+  }
+  EXPECT_EQ(run("find " + path("") + " -name pwned").output, "");
+}
+
+TEST_F(SickMachine, NamesFoundOnTheMachineLeadNowhere) {
+  test::write_file(path("odd/version"), "Pelloran Version ../../up as of today\n");
+  test::write_file(path("odd/properties/obroker.properties"), "");
+  test::write_file(path("logs/one/my log;$HOME.txt"), "1");
+  test::write_file(path("logs/two/my log;$HOME.txt"), "2");
+  std::string output;
+  for (const char* broker : {"a/b", "a_b", ".."}) {
+    output += std::string("echo 'Configuration Information for x.") + broker + "'\n";
+    output += "echo 'brokerLogFile: " + path("logs/one/my log;$HOME.txt") + "'\n";
+    output += "echo 'srvrLogFile: " + path("logs/two/my log;$HOME.txt") + "'\n";
+  }
+  test::make_tool(path("odd/bin/apconfig"), output);
+  const Collected made = collect("--only logs --installation " + path("odd"));
+  std::string files;
+  for (const auto& entry : fs::recursive_directory_iterator(made.folder)) {
+    const std::string name = entry.path().lexically_relative(made.folder);
+    EXPECT_TRUE(std::regex_match(name, std::regex("[A-Za-z0-9._/-]+"))) << name;
+    if (name.find("/logs/") != std::string::npos && entry.is_regular_file()) {
+      files += read_file(entry.path()).substr(0, 1);
+    }
+  }
+  std::sort(files.begin(), files.end());
+  EXPECT_EQ(files, " 111222") << "both logs of all three brokers, and the messages";
+  EXPECT_FALSE(fs::exists(path("up"))) << "nothing beside the folder";
+}
+
+TEST_F(SickMachine, FolderMayBeMovedMeanwhile) {
+  const Collected made = collect("--only capture --capture 'sleep 1; echo late'",
+                                 "(sleep 0.5; mv " + path("out/") + "sit-* " + path("moved") +
+                                     "; mkdir -p " + path("out/") + "sit-trap) &");
+  EXPECT_EQ(made.status, 0);
+  EXPECT_EQ(made.printed, path("moved") + "\n");
+  EXPECT_NE(read_file(path("moved/capture-1/output.txt")).find("late\n"), std::string::npos);
+  EXPECT_TRUE(fs::exists(path("moved/manifest.json")));
+  EXPECT_TRUE(fs::is_empty(path("out/sit-trap")));
+}
+
+TEST_F(SickMachine, WhatIsNamedAndIsNotThereIsSaid) {
+  const Collected made =
+      collect("--only discovery --monitoring " + path("no.ini"), "export PHM=" + path("gone"));
+  EXPECT_EQ(made.status, 1);
+  EXPECT_EQ(made.why("discovery"), "the version of " + path("gone") +
+                                       " cannot be read, so nothing of it can be asked for; "
+                                       "PHM names " +
+                                       path("gone") + ", which is not there; DELVONINIT names " +
+                                       path("no.ini") +
+                                       ", which is not there; no installation found");
+}
+
+}  // namespace
