@@ -1,16 +1,16 @@
 #include "collect.h"
 
-#include <fcntl.h>
 #include <pwd.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
+#include <cstdlib>
 #include <ctime>
 #include <iostream>
 #include <optional>
+#include <set>
 
 #include "result/collection.h"
 #include "result/manifest.h"
@@ -19,6 +19,7 @@
 #include "support/failure.h"
 #include "support/mounts.h"
 #include "support/names.h"
+#include "support/reserved_file.h"
 #include "support/text.h"
 
 namespace host {
@@ -43,37 +44,6 @@ std::string folder_name(const CollectOptions& options, std::time_t now) {
   const std::string label = options.label.empty() ? "" : "-" + safe_name(options.label);
   return "sit-" + safe_name(host_name()) + label + "-" + time.data();
 }
-
-// A file whose room is taken before it is needed, so that a disk that fills up leaves it whole.
-class ReservedFile {
- public:
-  ReservedFile(const OutputFolder& folder, const std::string& name, off_t size)
-      : file_(folder.create(name)) {
-    for (; file_.is_open() && size > kLeast; size /= 2) {
-      if (::fallocate(file_.get(), FALLOC_FL_KEEP_SIZE, 0, size) == 0 || errno != ENOSPC) break;
-    }
-  }
-
-  // Writes all of the text or nothing.
-  [[nodiscard]] bool write(const std::string& text) const {
-    std::size_t written = 0;
-    while (file_.is_open() && written < text.size()) {
-      const ssize_t got = ::pwrite(file_.get(), text.data() + written, text.size() - written,
-                                   static_cast<off_t>(written));
-      if (got <= 0) break;
-      written += static_cast<std::size_t>(got);
-    }
-    const bool is_whole = file_.is_open() && written == text.size();
-    if (file_.is_open()) {
-      static_cast<void>(::ftruncate(file_.get(), is_whole ? static_cast<off_t>(written) : 0));
-    }
-    return is_whole;
-  }
-
- private:
-  static constexpr off_t kLeast = 4096;
-  Descriptor file_;
-};
 
 // What the user's variables say of paths, told from the root: workers live in another folder.
 Environment environment_of_user() {
@@ -205,13 +175,12 @@ class Collecting {
                   << "\n";
       }
     }
+    std::set<const StepKind*> there;
+    for (const Subject& subject : subjects_) {
+      for (const Step& step : subject.steps) there.insert(step.kind);
+    }
     for (const StepKind& kind : step_kinds()) {
-      const bool is_there =
-          std::any_of(subjects_.begin(), subjects_.end(), [&kind](const Subject& subject) {
-            return std::any_of(subject.steps.begin(), subject.steps.end(),
-                               [&kind](const Step& step) { return step.kind == &kind; });
-          });
-      if (is_there || kind.on == On::kDiscovery) continue;
+      if (there.contains(&kind) || kind.on == On::kDiscovery) continue;
       std::cout << kind.id << "  does not apply: " << why_absent(kind, installations_) << "\n";
     }
   }
@@ -242,11 +211,12 @@ class Collecting {
     return status;
   }
 
-  bool write_manifest(const Collection& collection, const std::vector<Problem>& problems) const {
-    for (const Detail detail : {Detail::kReadable, Detail::kDense, Detail::kRowsOnly}) {
-      if (manifest_->write(manifest_of(collection, problems, detail))) return true;
-    }
-    return false;
+  [[nodiscard]] bool write_manifest(const Collection& collection,
+                                    const std::vector<Problem>& problems) const {
+    constexpr std::array kDetails{Detail::kReadable, Detail::kDense, Detail::kRowsOnly};
+    return std::any_of(kDetails.begin(), kDetails.end(), [&](Detail detail) {
+      return manifest_->write(manifest_of(collection, problems, detail));
+    });
   }
 
   // What the person at the machine should know without opening anything.

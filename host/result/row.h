@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "result/report.h"
+#include "report/report.h"
 #include "steps/steps.h"
 
 namespace host {

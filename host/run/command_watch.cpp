@@ -46,27 +46,16 @@ void CommandWatch::sort_in(const std::vector<Process>& processes,
   std::map<Key, Key> living;
   std::map<pid_t, Key> by_number;
   for (const Process& process : processes) {
-    if (rows.count(process.pid) != 0) continue;  // a worker itself
+    if (rows.contains(process.pid)) continue;  // a worker itself
     const Key key{process.pid, process.start};
     const auto known = command_of_.find(key);
     const auto parent = by_number.find(process.parent);
-    Key root = key;
-    if (known != command_of_.end()) {
-      root = known->second;
-    } else if (parent != by_number.end()) {
-      root = parent->second;
-    }
-    auto [found, is_new] = commands_.try_emplace(root, Command{.root = process, .row = {}});
+    const Key& root = known != command_of_.end()  ? known->second
+                      : parent != by_number.end() ? parent->second
+                                                  : key;
+    const auto found = commands_.try_emplace(root, begun(process, rows)).first;
     Command& command = found->second;
-    if (is_new) {
-      // One that has come to the host without having been seen before may still be in the session
-      // of its worker.
-      const auto row =
-          rows.find(rows.count(process.parent) != 0 ? process.parent : process.session);
-      if (row != rows.end()) command.row = row->second;
-      command.worker = process.parent;
-    }
-    if (process == command.root) command.is_left_over = rows.count(process.parent) == 0;
+    if (process == command.root) command.is_left_over = !rows.contains(process.parent);
     command.members.push_back(process);
     living[key] = root;
     by_number[process.pid] = root;
@@ -74,10 +63,18 @@ void CommandWatch::sort_in(const std::vector<Process>& processes,
   command_of_ = std::move(living);
 }
 
+CommandWatch::Command CommandWatch::begun(const Process& root,
+                                          const std::map<pid_t, std::string>& rows) {
+  // One that has come to the host without having been seen before may still be in the session of
+  // its worker.
+  const auto row = rows.find(rows.contains(root.parent) ? root.parent : root.session);
+  return {.root = root, .row = row == rows.end() ? "" : row->second, .worker = root.parent};
+}
+
 double CommandWatch::limit_of(const Command& command) const {
   if (offenders_.empty()) return limit_;
   const std::string line = command_line_of(command.root.pid);
-  return offenders_.count(program_of(line)) == 0 ? limit_ : limit_ * kTenth;
+  return offenders_.contains(program_of(line)) ? limit_ * kTenth : limit_;
 }
 
 void CommandWatch::end_commands_of(pid_t worker) {
@@ -86,7 +83,7 @@ void CommandWatch::end_commands_of(pid_t worker) {
   }
 }
 
-void CommandWatch::read_command_line(Command& command) const {
+void CommandWatch::read_command_line(Command& command) {
   if (!command.command_line.empty()) return;
   for (const Process& member : command.members) {
     command.command_line = command_line_of(member.pid);
@@ -111,7 +108,7 @@ void CommandWatch::insist(Command& command) {
   send(command, SIGKILL);
 }
 
-void CommandWatch::send(Command& command, int signal) const {
+void CommandWatch::send(Command& command, int signal) {
   for (const Process& member : command.members) {
     command.is_forbidden = !send_signal(member, signal) || command.is_forbidden;
     // One that is stopped would not notice.

@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "result/row.h"
-#include "run/processes.h"
+#include "support/processes.h"
 
 namespace host {
 
@@ -71,11 +71,12 @@ class CommandWatch {
   using Key = std::pair<pid_t, std::uint64_t>;
 
   void sort_in(const std::vector<Process>& processes, const std::map<pid_t, std::string>& rows);
+  [[nodiscard]] static Command begun(const Process& root, const std::map<pid_t, std::string>& rows);
   [[nodiscard]] double limit_of(const Command& command) const;
-  void read_command_line(Command& command) const;
+  static void read_command_line(Command& command);
   void ask(Command& command);
   void insist(Command& command);
-  void send(Command& command, int signal) const;
+  static void send(Command& command, int signal);
   void note_end(const Command& command);
 
   double limit_;

@@ -7,10 +7,10 @@
 #include <cstdint>
 #include <sstream>
 
-#include "run/processes.h"
 #include "run/product_library.h"
 #include "run/supervisor.h"
 #include "run/supervisor_state.h"
+#include "support/processes.h"
 
 namespace host {
 namespace {

@@ -39,7 +39,7 @@ class Line {
   }
   void add(long long number) {
     std::array<char, 24> digits{};
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
+    const char* end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
     add(" ");
     add({digits.data(), static_cast<std::size_t>(end - digits.data())});
   }

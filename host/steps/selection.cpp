@@ -25,6 +25,31 @@ Step* find_needed(Subject& subject, const Step& step) {
   return nullptr;
 }
 
+// What a chosen step needs is chosen, too; where it must not be, neither is the step.
+void see_to_needs(Subject& subject, Step& step, const Selection& selection) {
+  Step* needed = find_needed(subject, step);
+  if (needed == nullptr) return;
+  if (selection.skips(*needed)) {
+    step.left_out = "needs " + needed->id + ", which is left out";
+  } else {
+    needed->left_out.clear();
+  }
+}
+
+std::set<std::string> known_ids(const std::vector<Subject>& subjects) {
+  std::set<std::string> known;
+  for (const StepKind& kind : step_kinds()) known.insert(kind.id);
+  for (const Subject& subject : subjects) {
+    for (const Step& step : subject.steps) {
+      known.insert(step.id);
+      if (const std::size_t slash = step.id.find('/'); slash != std::string::npos) {
+        known.insert(step.id.substr(0, slash));
+      }
+    }
+  }
+  return known;
+}
+
 }  // namespace
 
 bool Selection::wants(const Step& step) const {
@@ -46,42 +71,25 @@ bool Selection::needs_installations() const {
 void select(std::vector<Subject>& subjects, const Selection& selection) {
   for (Subject& subject : subjects) {
     for (Step& step : subject.steps) {
-      if (!selection.only.empty() && !names_any(selection.only, step)) {
-        step.left_out = "not among --only";
-      }
-      if (names_any(selection.skip, step)) step.left_out = "left out by --skip";
+      if (!selection.wants(step)) step.left_out = "not among --only";
+      if (selection.skips(step)) step.left_out = "left out by --skip";
     }
     for (Step& step : subject.steps) {
-      Step* needed = step.left_out.empty() ? find_needed(subject, step) : nullptr;
-      if (needed == nullptr) continue;
-      if (names_any(selection.skip, *needed)) {
-        step.left_out = "needs " + needed->id + ", which is left out";
-      } else {
-        needed->left_out.clear();
-      }
+      if (step.left_out.empty()) see_to_needs(subject, step, selection);
     }
   }
 }
 
 void check(const Selection& selection, const std::vector<Subject>& subjects) {
-  std::set<std::string> known;
-  for (const StepKind& kind : step_kinds()) known.insert(kind.id);
-  for (const Subject& subject : subjects) {
-    for (const Step& step : subject.steps) {
-      known.insert(step.id);
-      if (const std::size_t slash = step.id.find('/'); slash != std::string::npos) {
-        known.insert(step.id.substr(0, slash));
-      }
-    }
-  }
-  for (const auto* ids : {&selection.only, &selection.skip}) {
-    for (const std::string& id : *ids) {
-      if (known.count(id) != 0) continue;
-      const std::string near = nearest(id, {known.begin(), known.end()});
-      throw UsageError("no step \"" + printable(id) + "\"" +
-                       (near.empty() ? "" : "; did you mean \"" + near + "\"?") +
-                       " sit collect --list-steps shows them all");
-    }
+  const std::set<std::string> known = known_ids(subjects);
+  std::vector<std::string> given = selection.only;
+  given.insert(given.end(), selection.skip.begin(), selection.skip.end());
+  for (const std::string& id : given) {
+    if (known.contains(id)) continue;
+    const std::string near = nearest(id, {known.begin(), known.end()});
+    throw UsageError("no step \"" + id + "\"" +
+                     (near.empty() ? ";" : "; did you mean \"" + near + "\"?") +
+                     " sit collect --list-steps shows them all");
   }
 }
 

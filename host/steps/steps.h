@@ -6,7 +6,7 @@
 #include <utility>
 #include <vector>
 
-#include "result/report_kinds.h"
+#include "report/kinds.h"
 #include "steps/installation.h"
 
 namespace host {

@@ -1,5 +1,7 @@
 #include "support/text.h"
 
+#include <re2/re2.h>
+
 #include <algorithm>
 #include <array>
 #include <iomanip>
@@ -10,22 +12,6 @@
 
 namespace host {
 namespace {
-
-// How many bytes the character at the start of the text has; 0 when it is none that may be shown.
-std::size_t shown_character(std::string_view text) {
-  const auto byte = [text](std::size_t at) { return static_cast<unsigned char>(text[at]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) return lead >= 0x20 && lead != 0x7f ? 1 : 0;
-  const std::size_t size = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
-  if (lead < 0xc2 || lead > 0xf4 || text.size() < size) return 0;
-  for (std::size_t i = 1; i < size; ++i) {
-    if ((byte(i) & 0xc0U) != 0x80) return 0;
-  }
-  const bool is_control = lead == 0xc2 && byte(1) < 0xa0;
-  const bool is_too_long = (lead == 0xe0 && byte(1) < 0xa0) || (lead == 0xf0 && byte(1) < 0x90);
-  const bool is_beyond = (lead == 0xed && byte(1) > 0x9f) || (lead == 0xf4 && byte(1) > 0x8f);
-  return is_control || is_too_long || is_beyond ? 0 : size;
-}
 
 std::string rounded(double number, int digits) {
   std::ostringstream text;
@@ -51,23 +37,33 @@ std::size_t distance(std::string_view left, std::string_view right) {
 }  // namespace
 
 std::string printable(std::string_view text) {
-  std::string shown;
-  while (!text.empty()) {
-    const std::size_t size = shown_character(text);
-    shown += size == 0 ? "?" : text.substr(0, size);
-    text.remove_prefix(std::max<std::size_t>(size, 1));
+  // Neither controls nor what formats, such as marks that turn the direction of text.
+  static const RE2 shown("([^\\pC]+)");
+  static const RE2 hidden("\\pC");
+  std::string result;
+  re2::StringPiece rest(text.data(), text.size());
+  while (!rest.empty()) {
+    re2::StringPiece run;
+    if (RE2::Consume(&rest, shown, &run)) {
+      result.append(run.data(), run.size());
+      continue;
+    }
+    if (!RE2::Consume(&rest, hidden)) rest.remove_prefix(1);  // not UTF-8
+    result += '?';
   }
-  return shown;
+  return result;
 }
 
 std::string fitted(std::string_view text, std::size_t width) {
   constexpr std::string_view kMore = "...";
-  const std::string shown = printable(text.substr(0, 4 * width + kMore.size()));
+  constexpr std::size_t kMostBytes = 4;  // of a character
+  std::string shown = printable(text.substr(0, kMostBytes * width + kMore.size()));
   std::size_t characters = 0;
   std::size_t cut = 0;  // where a text that turns out too long ends
-  for (std::size_t at = 0; at < shown.size(); at += shown_character(shown.substr(at, 4))) {
-    if (characters + kMore.size() == width) cut = at;
-    if (++characters > width) return shown.substr(0, cut) + std::string(kMore);
+  for (std::size_t at = 0; at < shown.size(); ++at) {
+    const bool is_start = (static_cast<unsigned char>(shown[at]) & 0xc0U) != 0x80;
+    if (is_start && characters + kMore.size() == width) cut = at;
+    if (is_start && ++characters > width) return shown.substr(0, cut) + std::string(kMore);
   }
   return shown;
 }

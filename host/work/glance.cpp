@@ -12,8 +12,8 @@
 #include <set>
 #include <sstream>
 
-#include "run/processes.h"
 #include "support/mounts.h"
+#include "support/processes.h"
 
 namespace host {
 namespace {

@@ -43,14 +43,13 @@ std::vector<std::string> known_logs(const Plugin& plugin, const std::string& ver
 std::vector<LogFolder> log_folders(const Plugin& plugin, const Step& step) {
   std::vector<LogFolder> folders;
   Names brokers;
-  const std::string base = fs::path(step.file).parent_path();
   for (const std::string& log :
        step.names.empty() ? known_logs(plugin, step.version) : step.names) {
     // A database gets a folder of its own from the plug-in.
     const std::string below = same(log, kAdminServer)             ? "adminserver"
                               : same(log.substr(0, 3), kDatabase) ? "databases"
                                                                   : "brokers/" + brokers.take(log);
-    folders.push_back({log, base + "/" + below});
+    folders.push_back({log, (fs::path(step.file).parent_path() / below).string()});
   }
   return folders;
 }

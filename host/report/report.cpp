@@ -1,4 +1,4 @@
-#include "result/report.h"
+#include "report/report.h"
 
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,4 +1,4 @@
-#include "run/processes.h"
+#include "support/processes.h"
 
 #include <dirent.h>
 #include <fcntl.h>

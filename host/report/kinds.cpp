@@ -1,4 +1,4 @@
-#include "result/report_kinds.h"
+#include "report/kinds.h"
 
 namespace host {
 namespace {

@@ -11,7 +11,7 @@
 #include <string_view>
 #include <vector>
 
-#include "result/report_kinds.h"
+#include "report/kinds.h"
 #include "support/descriptor.h"
 #include "support/folder.h"
 
