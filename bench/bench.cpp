@@ -1,67 +1,23 @@
 // Measures the plug-in and, in the same run, what one would use instead of it.
 // Usage: bench_sit BENCH_HOST PLUGIN
-#include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "measure.h"
 #include "sit/sit.h"
+#include "system_script.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using Work = std::function<void()>;
-
-double seconds_of(const Work& work) {
-  const auto start = std::chrono::steady_clock::now();
-  work();
-  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-}
-
-double median(std::vector<double> values) {
-  std::sort(values.begin(), values.end());
-  return values[values.size() / 2];
-}
-
-// Alternates the two, so that whatever else the machine does hits both.
-void compare(const char* what, const Work& ours, const char* peer_name, const Work& peer,
-             double limit, int rounds) {
-  std::vector<double> our_times;
-  std::vector<double> peer_times;
-  ours();
-  peer();
-  for (int i = 0; i < rounds; ++i) {
-    our_times.push_back(seconds_of(ours));
-    peer_times.push_back(seconds_of(peer));
-  }
-  const double our_time = median(our_times);
-  const double peer_time = median(peer_times);
-  std::printf("%-30s %9.3f ms   %-28s %9.3f ms   ratio %5.2f (limit %.2f)\n", what, our_time * 1e3,
-              peer_name, peer_time * 1e3, our_time / peer_time, limit);
-}
-
-// The commands of GetSysInfo one after another: of each list, those up to the first success.
-std::string shell_script(const std::string& output) {
-  const std::pair<const char**, int> lists[] = {
-      {MACHLST, 5}, {ULIMITLST, 4}, {SWAPLST, 7}, {MNTLST, 4},  {DSKLST, 3}, {SYSTABLST, 2},
-      {KNLLST, 10}, {SEMLST, 2},    {SHMLST, 2},  {PROCLST, 5}, {NETLST, 4}, {PRDLST, 6}};
-  std::string script = "exec > " + output + " 2>&1\ncat /etc/*-release\n";
-  for (const auto& [list, limit] : lists) {
-    for (int i = 0; i < limit && list[i] != nullptr; ++i) {
-      if (i > 0) script += " || ";
-      script += "sh -c '" + std::string(list[i]) + "'";
-    }
-    script += "\n";
-  }
-  return script;
-}
+using bench::compare;
+using bench::seconds_of;
 
 void make_files(const fs::path& root, int count) {
   constexpr int kPerFolder = 500;
@@ -187,7 +143,7 @@ int main(int argc, char** argv) {
   if (::mkdtemp(folder.data()) == nullptr) return 1;
   const std::string report = folder + "/report.txt";
   const std::string script = folder + "/script";
-  std::ofstream(script) << shell_script(folder + "/script.txt");
+  std::ofstream(script) << bench::system_script(folder + "/script.txt");
 
   compare(
       "GetSysInfo", [&] { GetSysInfo(report.c_str(), 0, 64, 1); }, "the same as a shell script",
