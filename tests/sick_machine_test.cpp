@@ -178,7 +178,8 @@ TEST_F(SickMachine, FullDiskIsToldWhereTextWasLost) {
   EXPECT_EQ(made.status, 1);
   EXPECT_EQ(made.why("system"), "Kernel Settings incomplete");
   EXPECT_NE(made.said.find(no_space), std::string::npos) << made.said;
-  for (const auto& section : made.row("system").at("sections")) {
+  const auto sections = made.row("system").at("sections");
+  for (const auto& section : sections) {
     const bool is_lost = section.at("title") == "Kernel Settings";
     EXPECT_EQ(section.at("why") == no_space, is_lost) << section;
   }

@@ -1,5 +1,7 @@
 #include "run/command_watch.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <csignal>
 
@@ -47,20 +49,30 @@ void CommandWatch::sort_in(const std::vector<Process>& processes,
   std::map<pid_t, Key> by_number;
   for (const Process& process : processes) {
     if (rows.contains(process.pid)) continue;  // a worker itself
-    const Key key{process.pid, process.start};
-    const auto known = command_of_.find(key);
     const auto parent = by_number.find(process.parent);
-    const Key& root = known != command_of_.end()  ? known->second
-                      : parent != by_number.end() ? parent->second
-                                                  : key;
+    const bool has_parent = parent != by_number.end();
+    const Key root = root_of(process, has_parent ? &parent->second : nullptr);
     const auto found = commands_.try_emplace(root, begun(process, rows)).first;
     Command& command = found->second;
     if (process == command.root) command.is_left_over = !rows.contains(process.parent);
     command.members.push_back(process);
-    living[key] = root;
+    living[{process.pid, process.start}] = root;
     by_number[process.pid] = root;
   }
   command_of_ = std::move(living);
+}
+
+CommandWatch::Key CommandWatch::root_of(const Process& process, const Key* of_parent) const {
+  const Key key{process.pid, process.start};
+  const auto known = command_of_.find(key);
+  if (known != command_of_.end()) return known->second;
+  if (of_parent != nullptr) return *of_parent;
+  // One that a command has started while it was being ended comes to the host, too.
+  if (process.parent != ::getpid()) return key;
+  for (const auto& [root, command] : commands_) {
+    if (command.asked && command.root.session == process.session) return root;
+  }
+  return key;
 }
 
 CommandWatch::Command CommandWatch::begun(const Process& root,

@@ -71,6 +71,7 @@ class CommandWatch {
   using Key = std::pair<pid_t, std::uint64_t>;
 
   void sort_in(const std::vector<Process>& processes, const std::map<pid_t, std::string>& rows);
+  [[nodiscard]] Key root_of(const Process& process, const Key* of_parent) const;
   [[nodiscard]] static Command begun(const Process& root, const std::map<pid_t, std::string>& rows);
   [[nodiscard]] double limit_of(const Command& command) const;
   static void read_command_line(Command& command);
