@@ -29,7 +29,8 @@ SIT_API void GetAdminServerPluginsFile(const PHMVER *record, char *buffer) SIT_N
 
 /* Reads the location of the broker properties file out of a plugins file of the format that the
  * record's release uses: 9 blocks, 10 sections, others none (0). A null or empty `path` stands for
- * the installation's own file. A location that may be cut is not used; the report says so.
+ * the installation's own file. The file is read in pieces of 254 characters, each of which counts
+ * as a line.
  * Returns OB_LOCATION_FOUND, OB_NO_LOCATION, SIT_PLUGINS_UNREADABLE with the reason in errno, or
  * 0. */
 SIT_API int ReadPlugins(const PHMVER *record, const char *path) SIT_NOEXCEPT;
@@ -87,8 +88,8 @@ SIT_API int ValidateOB(PHMVER *record, const char *plugins_file, const char *bro
 /* Runs the check tool at the path `tool` over obroker (only if `location` is given), for all
  * brokers or the one named `broker` (at most 254 characters), and writes what it prints into the
  * open report. Its brokers' logs are noted under `version`; the types "AP" and "WP" tell of
- * parameter files, too. The output is read in pieces of 254 characters; a value cut off there is
- * not used, and the report says so.
+ * parameter files, too. The output is read in pieces of 254 characters, each of which counts as a
+ * line.
  * Returns 0; 10000 without a tool; 10001 when its command is too long or its output could not be
  * captured, which the report says; 10015 when the tool cannot find the broker, or its name is too
  * long; 10020 when the tool cannot load a property. */
@@ -176,8 +177,8 @@ SIT_API int Populate_Logs_Table(const char *line, const char *version,
                                 const char *name) SIT_NOEXCEPT;
 
 /* Notes the log files of the databases of a connection-manager properties file: "databasename=",
- * its ".db" replaced by ".lg". The file is read in pieces of 254 characters; a value or a section
- * name cut off there is not used, and the open report says so. Always returns 0. */
+ * its ".db" replaced by ".lg". The file is read in pieces of 254 characters, each of which counts
+ * as a line. Always returns 0. */
 SIT_API int Populate_Logs_Table_ConMgr(const char *path, const char *version) SIT_NOEXCEPT;
 
 /* Lists the log table in the open report; meant for verbose mode. Returns what the last write

@@ -78,8 +78,9 @@ SIT_API void getPelUnixVersions(PHMVER **list, FILE *output) SIT_NOEXCEPT;
 SIT_API void getDelvonUnixVersions(PHMVER **list, FILE *output) SIT_NOEXCEPT;
 
 /* Reads the installation directory of the monitoring product out of its init file into `buffer`,
- * at least 255 bytes. Returns 0 when a non-empty directory was found; the system error number
- * when the file cannot be opened; else 1. */
+ * at least 255 bytes. The file is read in pieces of 254 characters, each of which counts as a line.
+ * Returns 0 when a non-empty directory was found; the system error number when the file cannot be
+ * opened; else 1. */
 SIT_API int GetDelvonTarg(const char *init_file, char *buffer) SIT_NOEXCEPT;
 
 /* Fills the version fields of `record` from its version library, else from its version file, and

@@ -54,13 +54,11 @@ bool find_in_control_script(const PHMVER& record, sit::Path& directory) noexcept
   const sit::UniqueFd file = sit::open_for_reading(script.c_str());
   if (!file.is_open()) return false;
   sit::PieceReader reader{file.get()};
-  for (sit::Piece piece; reader.next(piece);) {
-    const std::string_view line = sit::up_to_nul(piece.text);
+  for (std::string_view line; reader.next(line);) {
+    line = sit::up_to_nul(line);
     const std::size_t variable = line.find(kVariable);
     if (variable == std::string_view::npos) continue;
-    if (find_existing(sit::tail(line, variable + kVariable.size() + 1), directory)) return true;
-    if (piece.goes_on) sit::log_cut_value(script.c_str());
-    return false;
+    return find_existing(sit::tail(line, variable + kVariable.size() + 1), directory);
   }
   return false;
 }

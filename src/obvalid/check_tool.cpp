@@ -1,10 +1,11 @@
 // One check tool of an installation: running it and reading what it prints about its brokers.
+#include <array>
 #include <string_view>
 
 #include "commfile.h"
 #include "files.h"
 #include "handles.h"
-#include "obvalid/logs.h"
+#include "obvalid/obvalid.h"
 #include "sit/commutils.h"
 #include "sit/situtil.h"
 #include "situtil/shell.h"
@@ -19,6 +20,9 @@ constexpr std::string_view kHeader = "Configuration Information for";
 bool contains(std::string_view line, std::string_view words) noexcept {
   return line.find(words) != std::string_view::npos;
 }
+
+// Room for any value of a line.
+using ValueText = std::array<char, sit::LineText::kMaxLength + 1>;
 
 // The broker that a header line names: what stands behind its last point, or else behind the
 // header's words.
@@ -40,21 +44,23 @@ class BrokerLines {
   BrokerLines(const char* version, std::string_view type, const sit::LineText& broker) noexcept
       : version_(version),
         has_work_directories_(type == "AP" || type == "WP"),
-        is_of_one_broker_(!broker.empty()),
-        name_(broker) {}
+        is_of_one_broker_(!broker.empty()) {
+    stcopy(name_.data(), broker.c_str());
+  }
 
-  void take(const sit::Piece& piece) noexcept {
-    const std::string_view line = sit::up_to_nul(piece.text);
+  void take(std::string_view piece) noexcept {
+    const sit::LineText text = sit::line_text(sit::up_to_nul(piece));
+    const std::string_view line = text.view();
     if (line == "\n") return;
     look_for_failure(line);
     if (result_ != SIT_OK) return;
-    if (!is_of_one_broker_ && line.starts_with('C') && contains(line, kHeader)) begin(piece);
+    if (!is_of_one_broker_ && line.starts_with('C') && contains(line, kHeader)) begin(text);
     if (has_work_directories_) {
-      look_for_work_directory(piece);
-      look_for_parameter_file(piece);
+      look_for_work_directory(text);
+      look_for_parameter_file(text);
     }
-    sit::note_log(piece, version_, name_.c_str());
-    sit::log_bytes(piece.text);
+    Populate_Logs_Table(text.c_str(), version_, name_.data());
+    sit::log_bytes(piece);
   }
 
   int finish() noexcept {
@@ -68,44 +74,37 @@ class BrokerLines {
     if (contains(line, "Cannot load property ")) result_ = SIT_PROPERTY_NOT_LOADED;
   }
 
-  void begin(const sit::Piece& header) noexcept {
+  void begin(const sit::LineText& header) noexcept {
     LogMsg("\n\n");
-    name_ = sit::LineText{};
-    if (header.goes_on) {
-      sit::log_cut_value(sit::kCheckToolOutput);
-    } else {
-      char name[sit::LineText::kMaxLength + 1];
-      SetObjectName(name, sit::line_text(sit::up_to_nul(header.text)).c_str());
-      name_ = sit::line_text(name);
-    }
+    SetObjectName(name_.data(), header.c_str());
     knows_work_directory_ = false;
     list_parameter_file();
   }
 
-  void look_for_work_directory(const sit::Piece& piece) noexcept {
+  void look_for_work_directory(const sit::LineText& line) noexcept {
     if (knows_work_directory_) return;
-    knows_work_directory_ = sit::read_value(piece, "workDir", work_directory_) == SIT_OK;
-    if (!knows_work_directory_) work_directory_ = sit::LineText{};
+    knows_work_directory_ = ReadPropertyValue_From_Validation(line.c_str(), "workDir",
+                                                              work_directory_.data()) == SIT_OK;
+    if (!knows_work_directory_) work_directory_[0] = '\0';
   }
 
-  void look_for_parameter_file(const sit::Piece& piece) noexcept {
-    const std::string_view line = sit::up_to_nul(piece.text);
-    if (!line.starts_with("srvrStartupParam")) return;
-    LogMsgV("ValidateOBInstace: srvrStartupParam : %s\n", sit::line_text(line).c_str());
-    parameter_file_ = sit::parameter_file_of(piece);
+  void look_for_parameter_file(const sit::LineText& line) noexcept {
+    if (!line.view().starts_with("srvrStartupParam")) return;
+    LogMsgV("ValidateOBInstace: srvrStartupParam : %s\n", line.c_str());
+    parameter_file_.reset(GetPFValue(line.c_str()));
   }
 
   // Waits for the end of the broker's lines: its work directory may stand behind the parameters.
   void list_parameter_file() noexcept {
-    Add_pf_name(work_directory_.c_str(), parameter_file_.get());
+    Add_pf_name(work_directory_.data(), parameter_file_.get());
     parameter_file_.reset();
   }
 
   const char* version_;
   bool has_work_directories_;
   bool is_of_one_broker_;
-  sit::LineText name_;
-  sit::LineText work_directory_;
+  ValueText name_{};
+  ValueText work_directory_{};
   bool knows_work_directory_ = false;
   sit::HeapText parameter_file_;
   int result_ = SIT_OK;
@@ -163,7 +162,7 @@ int ValidateOBInstance(const char* version, const char* tool, const char* broker
   }
   BrokerLines lines{version, sit::text_of(type), name};
   sit::PieceReader reader{file.get(), sit::size_to_read(file.get())};
-  for (sit::Piece piece; reader.next(piece);) lines.take(piece);
+  for (std::string_view piece; reader.next(piece);) lines.take(piece);
   return lines.finish();
 }
 

@@ -20,7 +20,7 @@ void use_default_location(const PHMVER& record) noexcept {
   sit::LineText location;
   static_cast<void>(sit::compose(location, "The path",
                                  {sit::text_of(record.dir), "/properties/obroker.properties"}));
-  static_cast<void>(sit::store_location(location.view()));
+  sit::use_location(location);
 }
 
 // Puts the location that the plugins file gives, or else the default, into obroker.

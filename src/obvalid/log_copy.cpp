@@ -7,6 +7,7 @@
 
 #include "commfile.h"
 #include "obvalid/logs.h"
+#include "obvalid/obvalid.h"
 #include "sit/situtil.h"
 #include "situtil/path.h"
 

@@ -1,16 +1,19 @@
 // The log table: what check tools and the connection manager's properties tell of log files.
 #include <algorithm>
-#include <array>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include "commfile.h"
 #include "commutils/heap_text.h"
+#include "commutils/views.h"
 #include "files.h"
+#include "handles.h"
 #include "obvalid/logs.h"
 #include "session.h"
 #include "sit/commutils.h"
 #include "situtil/path.h"
+#include "situtil/piece_reader.h"
 
 // One record more than is ever used: a full table, too, ends with a record without a name.
 constinit LogEntry logs[SIT_LOGS + 1] = {};
@@ -19,20 +22,15 @@ namespace {
 
 constexpr int kNotKept = 1;
 
-struct FoundValue {
-  std::string_view text;
-  bool is_open;  // ended by nothing but the end of the line
-};
-
-std::optional<FoundValue> find_value(std::string_view line, std::string_view key) noexcept {
+std::optional<std::string_view> find_value(std::string_view line, std::string_view key) noexcept {
   constexpr std::size_t kSeparatorLength = 2;
   if (!line.starts_with(key)) return std::nullopt;
   const std::string_view before = sit::head(line, line.find(')'));
   const std::size_t parenthesis = before.rfind('(');
   if (before.size() < line.size() && parenthesis != std::string_view::npos) {
-    return FoundValue{sit::tail(before, parenthesis + 1), false};
+    return sit::tail(before, parenthesis + 1);
   }
-  return FoundValue{sit::tail(line, key.size() + kSeparatorLength), true};
+  return sit::tail(line, key.size() + kSeparatorLength);
 }
 
 // Whether the report knows that the table is full.
@@ -67,42 +65,28 @@ void note(int type, const char* version, std::string_view name,
 // The connection manager's properties, of which only the databases matter here.
 class Databases {
  public:
-  Databases(const char* path, const char* version) noexcept : path_(path), version_(version) {}
+  explicit Databases(const char* version) noexcept : version_(version) {}
 
-  void take(const sit::Piece& line) noexcept {
+  void take(std::string_view line) noexcept {
     constexpr std::string_view kSection = "[database.";
     constexpr std::string_view kDatabase = "databasename=";
-    const std::string_view text = sit::up_to_nul(line.text);
-    if (text.starts_with('#') || text.starts_with('%')) return;
-    if (sit::starts_ignoring_case(text, kSection)) {
-      open_section(sit::tail(text, kSection.size()), line.goes_on);
-    }
-    if (text.find(kDatabase) != std::string_view::npos && !name_.empty()) {
-      note_log(sit::tail(text, text.find('=') + 1), line.goes_on);
+    if (line.starts_with('#') || line.starts_with('%')) return;
+    if (sit::starts_ignoring_case(line, kSection)) open_section(sit::tail(line, kSection.size()));
+    if (line.find(kDatabase) != std::string_view::npos && !name_.empty()) {
+      note_log(sit::tail(line, line.find('=') + 1));
       name_ = sit::LineText{};
     }
   }
 
  private:
-  void open_section(std::string_view rest, bool goes_on) noexcept {
+  void open_section(std::string_view rest) noexcept {
     const std::size_t end = rest.find(']');
-    const bool is_whole = end != std::string_view::npos;
-    if (!is_whole && !goes_on) return;
-    name_ = sit::LineText{};
-    if (is_whole) {
-      static_cast<void>(name_.append(sit::head(rest, end)));  // a piece always fits
-    } else {
-      sit::log_cut_value(path_);
-    }
+    if (end != std::string_view::npos) name_ = sit::line_text(sit::head(rest, end));
   }
 
   // The log of a database stands beside it, with ".lg" in the place of ".db".
-  void note_log(std::string_view database, bool goes_on) const noexcept {
+  void note_log(std::string_view database) const noexcept {
     const std::size_t ending = database.find(".db");
-    if (ending == std::string_view::npos && goes_on) {
-      sit::log_cut_value(path_);
-      return;
-    }
     if (database.ends_with('\n')) database.remove_suffix(1);
     sit::Path log_file;
     if (sit::compose(log_file, "The path", {sit::head(database, ending), ".lg"})) {
@@ -110,7 +94,6 @@ class Databases {
     }
   }
 
-  const char* path_;
   const char* version_;
   sit::LineText name_;  // of the section being read, empty once its log is noted
 };
@@ -131,44 +114,32 @@ bool is_log_of(const LogEntry& entry, const char* version, std::string_view name
          equal_ignoring_case(text_of(entry.version), text_of(version));
 }
 
-int read_value(const Piece& line, const char* key, LineText& value) noexcept {
-  const auto found = find_value(up_to_nul(line.text), key);
-  if (!found) return SIT_FAILED;
-  if (found->is_open && line.goes_on) {
-    log_cut_value(kCheckToolOutput);
-    return kNotKept;
-  }
-  const HeapText copy = duplicate(found->text);
-  const HeapText trimmed{StringTrim(copy.get())};
-  if (trimmed == nullptr) return kNotKept;
-  return compose(value, "The value", {trimmed.get()}) ? SIT_OK : kNotKept;
-}
-
-void note_log(const Piece& line, const char* version, const char* name) noexcept {
-  constexpr std::array<std::pair<int, const char*>, 3> kKeys{
-      {{LT_SERVER, "srvrLogFile"}, {LT_BROKER, "brokerLogFile"}, {LT_LOG, "logFile"}}};
-  for (const auto& [type, key] : kKeys) {
-    if (LineText value; read_value(line, key, value) == SIT_OK) {
-      note(type, version, text_of(name), value.view());
-      return;
-    }
-  }
-}
-
 }  // namespace sit
 
 extern "C" {
 
 int ReadPropertyValue_From_Validation(const char* line, const char* key, char* output) noexcept {
   if (line == nullptr || key == nullptr || output == nullptr) return SIT_FAILED;
+  const auto found = find_value(line, key);
+  if (!found) return SIT_FAILED;
+  const sit::HeapText copy = sit::duplicate(*found);
+  const sit::HeapText trimmed{StringTrim(copy.get())};
   sit::LineText value;
-  const int result = sit::read_value(sit::Piece{.text = line}, key, value);
-  if (result == SIT_OK) stcopy(output, value.c_str());
-  return result;
+  if (trimmed == nullptr || !sit::compose(value, "The value", {trimmed.get()})) return kNotKept;
+  stcopy(output, value.c_str());
+  return SIT_OK;
 }
 
 int Populate_Logs_Table(const char* line, const char* version, const char* name) noexcept {
-  sit::note_log(sit::Piece{.text = sit::text_of(line)}, version, name);
+  constexpr std::pair<int, const char*> kKeys[] = {
+      {LT_SERVER, "srvrLogFile"}, {LT_BROKER, "brokerLogFile"}, {LT_LOG, "logFile"}};
+  for (const auto& [type, key] : kKeys) {
+    char value[sit::LineText::kMaxLength + 1];
+    if (ReadPropertyValue_From_Validation(line, key, value) == SIT_OK) {
+      note(type, version, sit::text_of(name), value);
+      break;
+    }
+  }
   return 0;
 }
 
@@ -176,8 +147,8 @@ int Populate_Logs_Table_ConMgr(const char* path, const char* version) noexcept {
   const sit::UniqueFd file = sit::open_for_reading(path == nullptr ? "" : path);
   if (!file.is_open()) return 0;
   sit::PieceReader reader{file.get()};
-  Databases databases{path, version};
-  for (sit::Piece line; reader.next(line);) databases.take(line);
+  Databases databases{version};
+  for (std::string_view line; reader.next(line);) databases.take(sit::up_to_nul(line));
   return 0;
 }
 

@@ -14,9 +14,6 @@
 
 namespace sit {
 
-// Where a value stood that log_cut_value is told of.
-inline constexpr const char* kCheckToolOutput = "the output of a check tool";
-
 // The command line of one of the installation's tools. One that does not fit is not run, which
 // the report says.
 using ToolCommand = BoundedText<2048>;
@@ -59,8 +56,8 @@ template <std::invocable Own>
 // the path does not fit; the report says so.
 [[nodiscard]] bool own_plugins_file(const PHMVER& record, LineText& path) noexcept;
 
-// Makes it the content of obroker; false when it does not fit.
-[[nodiscard]] bool store_location(std::string_view location) noexcept;
+// Makes it the content of obroker.
+void use_location(const LineText& location) noexcept;
 
 // The broker properties file to validate, now in obroker.
 struct BrokerLocation {
@@ -83,9 +80,6 @@ struct FreeWorkDirectory {
 using WorkDirectory = std::unique_ptr<char, FreeWorkDirectory>;
 
 // ---- Parameter files ----
-
-// The parameter file that a check tool's line gives, as GetPFValue; none when the value is cut.
-[[nodiscard]] HeapText parameter_file_of(const Piece& piece) noexcept;
 
 // Writes the section of the installation's own parameter file and of all those in the list, which
 // is then empty.

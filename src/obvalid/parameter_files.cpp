@@ -14,24 +14,19 @@ namespace {
 
 bool is_quote(char c) noexcept { return c == '\'' || c == '"'; }
 
-struct Value {
-  std::size_t length;
-  bool is_open = false;  // ended by nothing but the end of the text
-};
-
-// The value at the start of `text`: it ends behind a quoted stretch, else before a space or the
-// end of the line.
-Value find_value(std::string_view text) noexcept {
-  if (text.starts_with('\n')) return {0};
+// How long the value at the start of `text` is: it ends behind a quoted stretch, else before a
+// space or the end of the line.
+std::size_t value_length(std::string_view text) noexcept {
+  if (text.starts_with('\n')) return 0;
   bool is_quoted = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
     LogMsgV("GetPFValue: character %c\n", c);
-    if (is_quoted && is_quote(c)) return {i + 1};
-    if (c == '\n' || (c == ' ' && !is_quoted)) return {i};
+    if (is_quoted && is_quote(c)) return i + 1;
+    if (c == '\n' || (c == ' ' && !is_quoted)) return i;
     is_quoted = is_quoted || is_quote(c);
   }
-  return {text.size(), true};
+  return text.size();
 }
 
 std::string_view without_quotes(std::string_view value) noexcept {
@@ -51,30 +46,6 @@ bool is_listed(const char* path) noexcept {
 
 }  // namespace
 
-sit::HeapText sit::parameter_file_of(const Piece& piece) noexcept {
-  constexpr std::string_view kOption = "-pf";
-  const HeapText line = duplicate(up_to_nul(piece.text));
-  const std::string_view text = text_of(line.get());
-  const std::size_t option = text.find(kOption);
-  if (option == std::string_view::npos) {
-    if (piece.goes_on) log_cut_value(kCheckToolOutput);
-    return nullptr;
-  }
-  const std::string_view rest = tail(text, option + kOption.size() + 1);
-  LogMsgV("GetPFValue: reading line: %s\n", line.get());
-  LogMsgV("GetPFValue: value is : %s\n", rest.data());
-  LogMsgV("GetPFValue: before loop\n");
-  const Value found = find_value(rest);
-  LogMsgV("GetPFValue: after loop string is %s\n", rest.data());
-  if (found.is_open && piece.goes_on) {
-    log_cut_value(kCheckToolOutput);
-    return nullptr;
-  }
-  HeapText value = duplicate(head(rest, found.length));
-  LogMsgV("GetPFValue: returning %s\n", value.get());
-  return value;
-}
-
 void sit::forget_parameter_files() noexcept { replace_list(nullptr); }
 
 void sit::log_parameter_files(const char* directory) noexcept {
@@ -93,7 +64,19 @@ void sit::log_parameter_files(const char* directory) noexcept {
 extern "C" {
 
 char* GetPFValue(const char* line) noexcept {
-  return sit::parameter_file_of(sit::Piece{.text = sit::text_of(line)}).release();
+  constexpr std::string_view kOption = "-pf";
+  const std::string_view text = sit::text_of(line);
+  const std::size_t option = text.find(kOption);
+  if (option == std::string_view::npos) return nullptr;
+  const std::string_view rest = sit::tail(text, option + kOption.size() + 1);
+  LogMsgV("GetPFValue: reading line: %s\n", line);
+  LogMsgV("GetPFValue: value is : %s\n", rest.data());
+  LogMsgV("GetPFValue: before loop\n");
+  const std::size_t length = value_length(rest);
+  LogMsgV("GetPFValue: after loop string is %s\n", rest.data());
+  sit::HeapText value = sit::duplicate(sit::head(rest, length));
+  LogMsgV("GetPFValue: returning %s\n", value.get());
+  return value.release();
 }
 
 void Add_pf_name(const char* directory, const char* value) noexcept {

@@ -7,6 +7,7 @@
 #include "files.h"
 #include "handles.h"
 #include "obvalid/obvalid.h"
+#include "sit/commutils.h"
 #include "situtil/piece_reader.h"
 
 namespace {
@@ -29,47 +30,35 @@ constexpr Format kSections{"[Plugin.OBPropMgr]",
                              return sit::tail(line, kKey.size() + 1);
                            }};
 
-struct Candidate {
-  sit::LineText text;
-  bool may_be_cut = false;
-};
-
 // Takes the last candidate of the section. False when nothing closes the section.
-bool read_section(int file, const Format& format, Candidate& candidate) noexcept {
+bool read_section(int file, const Format& format, sit::LineText& candidate) noexcept {
   bool is_inside = false;
   sit::PieceReader reader{file};
-  for (sit::Piece piece; reader.next(piece);) {
-    const sit::LineText line = sit::line_text(sit::up_to_nul(piece.text));
+  for (std::string_view piece; reader.next(piece);) {
+    const sit::LineText line = sit::line_text(sit::up_to_nul(piece));
     LogMsgV("Read ****: %s", line.c_str());
     const std::string_view text = line.view();
     if (text.starts_with('#') || (!is_inside && !text.starts_with(format.opening))) continue;
     if (text.starts_with('\n')) return true;
     is_inside = true;
     if (const std::optional<std::string_view> found = format.read(text)) {
-      candidate = {sit::line_text(sit::head(*found, found->find('\n'))), piece.goes_on};
+      candidate = sit::line_text(sit::head(*found, found->find('\n')));
     }
   }
   return false;
 }
 
-int read_candidate(const char* path, const Format& format, Candidate& candidate) noexcept {
+int read_candidate(const char* path, const Format& format, sit::LineText& candidate) noexcept {
   if (sit::is_missing(path)) return 0;
   const sit::UniqueFd file = sit::open_for_reading(path);
   if (!file.is_open()) return SIT_PLUGINS_UNREADABLE;
   const bool is_closed = read_section(file.get(), format, candidate);
-  return is_closed && !candidate.text.empty() ? OB_LOCATION_FOUND : OB_NO_LOCATION;
-}
-
-int use_location(const char* path, std::string_view location, bool may_be_cut) noexcept {
-  if (may_be_cut) sit::log_cut_value(path);
-  return !may_be_cut && sit::store_location(location) ? OB_LOCATION_FOUND : OB_NO_LOCATION;
+  return is_closed && !candidate.empty() ? OB_LOCATION_FOUND : OB_NO_LOCATION;
 }
 
 }  // namespace
 
-bool sit::store_location(std::string_view location) noexcept {
-  return store({obroker, LineText::kMaxLength + 1}, location);
-}
+void sit::use_location(const LineText& location) noexcept { stcopy(obroker, location.c_str()); }
 
 extern "C" {
 
@@ -90,22 +79,22 @@ int ReadPlugins(const PHMVER* record, const char* path) noexcept {
 }
 
 int ReadPluginsV9(const char* path) noexcept {
-  Candidate candidate;
-  const int result = read_candidate(path, kBlocks, candidate);
+  sit::LineText location;
+  const int result = read_candidate(path, kBlocks, location);
   if (result != OB_LOCATION_FOUND) return result;
-  const std::string_view location = candidate.text.view();
-  const bool is_code = location.starts_with("pelloran.zip") || location.starts_with("pelloran.jar");
-  return is_code ? OB_NO_LOCATION : use_location(path, location, candidate.may_be_cut);
+  const std::string_view name = location.view();
+  if (name.starts_with("pelloran.zip") || name.starts_with("pelloran.jar")) return OB_NO_LOCATION;
+  sit::use_location(location);
+  return OB_LOCATION_FOUND;
 }
 
 int ReadPluginsV10(const char* path) noexcept {
-  Candidate candidate;
-  const int result = read_candidate(path, kSections, candidate);
+  sit::LineText arguments;
+  const int result = read_candidate(path, kSections, arguments);
   if (result != OB_LOCATION_FOUND) return result;
-  const std::string_view arguments = candidate.text.view();
-  const std::size_t comma = arguments.find(',');
-  return use_location(path, sit::head(arguments, comma),
-                      comma == std::string_view::npos && candidate.may_be_cut);
+  const std::string_view list = arguments.view();
+  sit::use_location(sit::line_text(sit::head(list, list.find(','))));
+  return OB_LOCATION_FOUND;
 }
 
 }  // extern "C"

@@ -10,6 +10,7 @@
 #include "files.h"
 #include "handles.h"
 #include "pelver/pelver.h"
+#include "sit/commutils.h"
 #include "sit/situtil.h"
 #include "situtil/piece_reader.h"
 #include "situtil/temp_file.h"
@@ -151,17 +152,16 @@ void getDelvonUnixVersions(PHMVER** list, FILE* output) noexcept {
 
 int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
   constexpr std::string_view kAssignment = "SET delvonInstallDir=";
-  constexpr std::size_t kBytes = 255;
   if (init_file == nullptr || buffer == nullptr) return 1;
   buffer[0] = '\0';
   const sit::UniqueFd file = sit::open_for_reading(init_file);
   if (!file.is_open()) return errno;
   sit::PieceReader reader{file.get()};
-  for (sit::Piece line; reader.next(line);) {
-    if (!line.starts_line || !line.text.starts_with(kAssignment)) continue;
-    const std::string_view value = sit::without_line_end(sit::tail(line.text, kAssignment.size()));
-    const bool stored = !line.goes_on && sit::store({buffer, kBytes}, value);
-    return stored && buffer[0] != '\0' ? 0 : 1;
+  for (std::string_view line; reader.next(line);) {
+    line = sit::without_line_end(sit::up_to_nul(line));
+    if (!line.starts_with(kAssignment)) continue;
+    stcopy(buffer, sit::line_text(sit::tail(line, kAssignment.size())).c_str());
+    return buffer[0] != '\0' ? 0 : 1;
   }
   return 1;
 }

@@ -17,22 +17,16 @@ constexpr std::string_view kSetting = "SET delvonConfigDir";
 
 // The value of the first line that has the setting: empty when it has none, nothing when no line
 // has it.
-std::optional<sit::Path> find_configuration_directory(int init_file) noexcept {
+std::optional<sit::LineText> find_configuration_directory(int init_file) noexcept {
   sit::PieceReader reader{init_file};
-  for (sit::Piece line; reader.next(line);) {
-    const std::string_view text = sit::without_line_end(sit::up_to_nul(line.text));
-    const std::size_t setting = text.find(kSetting);
+  for (std::string_view line; reader.next(line);) {
+    line = sit::without_line_end(sit::up_to_nul(line));
+    const std::size_t setting = line.find(kSetting);
     if (setting == std::string_view::npos) continue;
-    const std::string_view rest = sit::tail(text, setting + kSetting.size());
-    sit::Path directory;
-    if (line.goes_on) {
-      LogMsg("ERROR: The line of delvonConfigDir is longer than %d characters and is not used.\n",
-             static_cast<int>(sit::kPieceLength));
-    } else if (const std::size_t equals = rest.find('='); equals != std::string_view::npos) {
-      const std::string_view value = sit::without_leading_blanks(sit::tail(rest, equals + 1));
-      static_cast<void>(directory.append(value));
-    }
-    return directory;
+    const std::string_view rest = sit::tail(line, setting + kSetting.size());
+    const std::size_t equals = rest.find('=');
+    if (equals == std::string_view::npos) return sit::LineText{};
+    return sit::line_text(sit::without_leading_blanks(sit::tail(rest, equals + 1)));
   }
   return std::nullopt;
 }
@@ -46,7 +40,7 @@ void copy_from(std::string_view from, std::string_view name, const char* to) noe
 void copy_configuration(const char* init_file, const char* to) noexcept {
   const sit::UniqueFd file = sit::open_for_reading(init_file);
   if (!file.is_open()) return;
-  const std::optional<sit::Path> directory = find_configuration_directory(file.get());
+  const std::optional<sit::LineText> directory = find_configuration_directory(file.get());
   if (!directory) {
     LogMsg(
         "Cannot find the delvonConfigDir setting in %s. Skipping copy of delvonweb.xml and "

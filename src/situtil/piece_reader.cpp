@@ -3,25 +3,18 @@
 #include <algorithm>
 #include <cstring>
 
-#include "commfile.h"
 #include "commutils/views.h"
 #include "files.h"
 
 namespace sit {
 
-void log_cut_value(const char* where) noexcept {
-  LogMsg("ERROR: A value in %s goes beyond the first %d characters of its line and is not used.\n",
-         where, static_cast<int>(kPieceLength));
-}
-
-// Reads until a whole piece is there. One character more than a piece tells whether the text goes
-// on after it.
+// Reads until a whole piece is there, or nothing more comes.
 void PieceReader::fill() noexcept {
   const std::size_t held = end_ - begin_;
   std::memmove(bytes_.data(), bytes_.data() + begin_, held);
   begin_ = 0;
   end_ = held;
-  while (!at_end_ && end_ <= kPieceLength) {
+  while (!at_end_ && end_ < kPieceLength) {
     const std::size_t got =
         read_some(fd_, bytes_.data() + end_, std::min(bytes_.size() - end_, left_));
     at_end_ = got == 0;
@@ -30,24 +23,19 @@ void PieceReader::fill() noexcept {
   }
 }
 
-bool PieceReader::next(Piece& piece) noexcept {
-  const auto newline_ahead = [this]() -> const void* {
-    return std::memchr(bytes_.data() + begin_, '\n', end_ - begin_);
+bool PieceReader::next(std::string_view& piece) noexcept {
+  const auto held_piece = [this] {
+    const std::string_view longest = head({bytes_.data() + begin_, end_ - begin_}, kPieceLength);
+    const std::size_t newline = longest.find('\n');
+    return newline == std::string_view::npos ? longest : head(longest, newline + 1);
   };
-  if (end_ - begin_ <= kPieceLength && newline_ahead() == nullptr) fill();
-  if (begin_ == end_) return false;
-
-  const std::string_view ahead{bytes_.data() + begin_, end_ - begin_};
-  const std::string_view longest = head(ahead, kPieceLength);
-  const std::size_t newline = longest.find('\n');
-  piece.text = newline == std::string_view::npos ? longest : head(longest, newline + 1);
-  piece.starts_line = starts_line_;
-  starts_line_ = newline != std::string_view::npos;
-  const std::string_view behind = tail(ahead, piece.text.size());
-  piece.goes_on =
-      !starts_line_ && !behind.empty() && behind.front() != '\n' && behind.front() != '\r';
-  begin_ += piece.text.size();
-  return true;
+  piece = held_piece();
+  if (piece.size() < kPieceLength && !piece.ends_with('\n')) {
+    fill();
+    piece = held_piece();
+  }
+  begin_ += piece.size();
+  return !piece.empty();
 }
 
 }  // namespace sit

@@ -60,8 +60,7 @@ void FindApacheScriptAlias(const char* httpd_conf, const char* server_root) noex
     const sit::ConfValue alias = sit::read_value(line);
     const sit::ConfValue value = sit::read_value(alias.rest);
     sit::Path directory;
-    if (!reader.cuts(alias) && !reader.cuts(value) &&
-        sit::make_absolute(directory, value.text, sit::text_of(server_root))) {
+    if (sit::make_absolute(directory, value.text, sit::text_of(server_root))) {
       directories.list(directory.view(), alias.text);
     }
   }

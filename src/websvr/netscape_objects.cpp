@@ -19,9 +19,7 @@ constexpr sit::ScriptWords kCgiWords{
 std::string_view loaded_objects(sit::ConfReader& reader) noexcept {
   constexpr std::string_view kKeyword = "LoadObjects ";
   for (std::string_view line; reader.next(line);) {
-    if (!line.starts_with(kKeyword)) continue;
-    const sit::ConfValue name = sit::read_value(sit::tail(line, kKeyword.size()));
-    return reader.cuts(name) ? std::string_view{} : name.text;
+    if (line.starts_with(kKeyword)) return sit::read_value(sit::tail(line, kKeyword.size())).text;
   }
   return {};
 }
@@ -47,10 +45,10 @@ sit::Path named_object_file(std::string_view name, std::string_view instance) no
 }
 
 // The value behind `key`; empty when the line does not have it.
-sit::ConfValue value_of(std::string_view line, std::string_view key) noexcept {
+std::string_view value_of(std::string_view line, std::string_view key) noexcept {
   const std::size_t found = line.find(key);
   if (found == std::string_view::npos) return {};
-  return sit::read_value(sit::tail(line, found + key.size()));
+  return sit::read_value(sit::tail(line, found + key.size())).text;
 }
 
 bool maps_cgi(std::string_view line) noexcept {
@@ -88,12 +86,7 @@ int LogNetscapeCGIDirs(const char* object_file) noexcept {
   }
   sit::ScriptDirectories directories{kCgiWords};
   for (std::string_view line; reader.next(line);) {
-    if (!maps_cgi(line)) continue;
-    const sit::ConfValue directory = value_of(line, "dir=");
-    const sit::ConfValue alias = value_of(line, "from=");
-    if (!reader.cuts(directory) && !reader.cuts(alias)) {
-      directories.list(directory.text, alias.text);
-    }
+    if (maps_cgi(line)) directories.list(value_of(line, "dir="), value_of(line, "from="));
   }
   directories.finish(object_file);
   return SIT_OK;

@@ -31,8 +31,7 @@ bool has_server_id(const char* conf, const char* server_name) noexcept {
   const sit::LineText id =
       sit::line_text(sit::without_line_end(sit::tail(line, found + marker.size())));
   LogMsgV("Comparing '%s' to '%s'\n", id.c_str(), server_name);
-  // An id that goes on behind what is read of its line is another one.
-  if (reader.line_goes_on() || id.view() != server_name) return false;
+  if (id.view() != server_name) return false;
   LogMsgV("Found server %s, as required\n", server_name);
   return true;
 }

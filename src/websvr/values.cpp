@@ -10,38 +10,26 @@
 namespace sit {
 
 ConfReader::ConfReader(const char* path) noexcept
-    : path_(path),
-      file_(open_for_reading(path == nullptr ? "" : path)),
+    : file_(open_for_reading(path == nullptr ? "" : path)),
       error_(file_.is_open() ? 0 : errno),
       reader_(file_.get()) {}
 
 bool ConfReader::next(std::string_view& line) noexcept {
-  Piece piece;
-  if (!reader_.next(piece)) return false;
-  line = up_to_nul(piece.text);
-  goes_on_ = piece.goes_on;
-  return true;
-}
-
-bool ConfReader::cuts(const ConfValue& value) const noexcept {
-  if (!goes_on_ || !value.is_open) return false;
-  log_cut_value(path_);
+  if (!reader_.next(line)) return false;
+  line = up_to_nul(line);
   return true;
 }
 
 ConfValue read_value(std::string_view line) noexcept {
-  const std::size_t line_end = line.find_first_of("\r\n");
-  const bool has_end = line_end != std::string_view::npos;
-  line = head(line, line_end);
+  line = head(line, line.find_first_of("\r\n"));
   line = tail(line, line.find_first_not_of(" \t"));
   if (!line.starts_with('"') && !line.starts_with('\'')) {
     const std::size_t end = line.find_first_of(" \t#");
-    return {head(line, end), tail(line, end), !has_end && end == std::string_view::npos};
+    return {head(line, end), tail(line, end)};
   }
   const std::string_view quoted = tail(line, 1);
-  const std::size_t end = quoted.find(line.front());
-  const std::string_view value = head(quoted, end);
-  return {value, tail(quoted, value.size() + 1), !has_end && end == std::string_view::npos};
+  const std::string_view value = head(quoted, quoted.find(line.front()));
+  return {value, tail(quoted, value.size() + 1)};
 }
 
 std::string_view without_trailing_slash(std::string_view path) noexcept {

@@ -14,7 +14,6 @@ namespace sit {
 struct ConfValue {
   std::string_view text;
   std::string_view rest;
-  bool is_open = false;  // nothing ended it but the end of the text
 };
 
 // A configuration file, line by line.
@@ -26,17 +25,10 @@ class ConfReader {
   [[nodiscard]] int error() const noexcept { return error_; }
   // The line is valid until the next one is read.
   [[nodiscard]] bool next(std::string_view& line) noexcept;
-  // Whether a value of this line goes on behind the piece that is read of it. Such a value is not
-  // used; the report says so.
-  [[nodiscard]] bool cuts(const ConfValue& value) const noexcept;
-  // Whether the line itself goes on.
-  [[nodiscard]] bool line_goes_on() const noexcept { return goes_on_; }
 
  private:
-  const char* path_;
   UniqueFd file_;
   int error_;
-  bool goes_on_ = false;
   PieceReader reader_;
 };
 
