@@ -20,9 +20,13 @@
 
 namespace {
 
-// The open report. Every write is flushed, so nothing of it is ever waiting in the stream when a
-// child is forked or the process dies.
-constinit FILE* fp = nullptr;
+// The open report; -1 while there is none. Every text goes straight into it, so nothing is ever
+// waiting when a child is forked or the process dies.
+constinit int fp = -1;
+
+constexpr std::string_view kVerbose = "VERBOSE: ";
+constexpr std::string_view kRule =
+    "================================================================================";
 
 std::string_view directory_part(std::string_view path) noexcept {
   const std::size_t slash = path.rfind('/');
@@ -41,9 +45,9 @@ void note_report_directory(const char* path) noexcept {
 
 // On success the report takes the place of the one open before.
 int open_report(const char* path, sit::Existing existing) noexcept {
-  sit::UniqueFile report = sit::open_for_writing(path, existing);
-  if (report == nullptr) return errno;
-  const sit::UniqueFile replaced{std::exchange(fp, report.release())};
+  sit::UniqueFd report = sit::open_for_writing(path, existing);
+  if (!report.is_open()) return errno;
+  const sit::UniqueFd replaced{std::exchange(fp, report.release())};
   return 0;
 }
 
@@ -52,20 +56,17 @@ void begin_report() noexcept {
   LogMsgV("\n**Verbose Mode **\n");
 }
 
-int log_formatted(const char* prefix, const char* format, va_list arguments) noexcept {
-  if (fp == nullptr) return 0;
-  std::array<char, SIT_MESSAGE_BYTES> message{};
-  msgsub(message.data(), format, arguments);
-  std::fputs(prefix, fp);
+int log_formatted(std::string_view prefix, const char* format, va_list arguments) noexcept {
+  if (fp < 0) return 0;
+  std::array<char, kVerbose.size() + SIT_MESSAGE_BYTES> message;
+  msgsub(sit::put(message.data(), prefix), format, arguments);
   return LogString(message.data());
 }
 
 }  // namespace
 
 int sit::log_bytes(std::string_view bytes) noexcept {
-  if (fp == nullptr) return 0;
-  const bool is_whole = std::fwrite(bytes.data(), 1, bytes.size(), fp) == bytes.size();
-  return std::fflush(fp) == 0 && is_whole ? 0 : EOF;
+  return fp < 0 || write_all(fp, bytes) ? 0 : EOF;
 }
 
 sit::TooLong::TooLong(std::string_view what, std::initializer_list<std::string_view> pieces,
@@ -109,11 +110,9 @@ int LogOpen(const char* path, int mode) noexcept {
 
 int LogClose(int final) noexcept {
   int result = 0;
-  if (const sit::UniqueFile report{std::exchange(fp, nullptr)}; report != nullptr) {
-    std::clearerr(report.get());
-    std::fputs(final == SIT_FINAL ? "\n==End of Log==\n" : "\n", report.get());
-    if (std::fflush(report.get()) != 0) result = errno;
-    if (std::ferror(report.get()) != 0) result = errno;
+  if (const sit::UniqueFd report{std::exchange(fp, -1)}; report.is_open()) {
+    const char* end = final == SIT_FINAL ? "\n==End of Log==\n" : "\n";
+    if (!sit::write_all(report.get(), end)) result = errno;
   }
   if (pc != nullptr) pc->reportDir[0] = '\0';
   return result;
@@ -131,7 +130,7 @@ int LogMsgV(const char* format, ...) noexcept {
   if (!sit::is_verbose()) return 0;
   std::va_list arguments;
   va_start(arguments, format);
-  const int result = log_formatted("VERBOSE: ", format, arguments);
+  const int result = log_formatted(kVerbose, format, arguments);
   va_end(arguments);
   return result;
 }
@@ -139,13 +138,13 @@ int LogMsgV(const char* format, ...) noexcept {
 int LogString(const char* text) noexcept { return sit::log_bytes(sit::text_of(text)); }
 
 void LogTitle(const char* title) noexcept {
-  if (fp == nullptr) return;
   const std::string_view text = sit::text_of(title);
-  std::fwrite(text.data(), 1, text.size(), fp);
-  std::fputc('\n', fp);
-  for (std::size_t i = 0; i < text.size(); ++i) std::fputc('=', fp);
-  std::fputs("\n\n", fp);
-  std::fflush(fp);
+  sit::log_bytes(text);
+  sit::log_bytes("\n");
+  for (std::size_t shown = 0; shown < text.size(); shown += kRule.size()) {
+    sit::log_bytes(sit::head(kRule, text.size() - shown));
+  }
+  sit::log_bytes("\n\n");
 }
 
 void Print_Header() noexcept {
@@ -168,12 +167,7 @@ void Print_Header() noexcept {
   print_stat_line();
 }
 
-int print_stat_line() noexcept {
-  std::array<char, 81> line{};
-  line.fill('=');
-  line.back() = '\0';
-  return LogMsg("%s\n\n", line.data());
-}
+int print_stat_line() noexcept { return LogMsg("%s\n\n", kRule.data()); }
 
 int logtime(char* buffer) noexcept {
   if (buffer == nullptr) return 0;

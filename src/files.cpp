@@ -5,11 +5,40 @@
 #include <sys/sysmacros.h>
 #include <unistd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdint>
+#include <cstdio>
+#include <utility>
 
 namespace sit {
 namespace {
+
+// For a file under a lease the opening that does not wait fails. One that waits is then safe if the
+// file is a regular one; it goes to that very file, whatever its name stands for meanwhile.
+UniqueFd open_leased(const char* path, int flags) noexcept {
+  UniqueFd file;
+  const UniqueFd found{::open(path, O_PATH | O_CLOEXEC)};
+  struct stat status {};
+  if (!found.is_open() || ::fstat(found.get(), &status) != 0) return file;
+  if (!S_ISREG(status.st_mode)) {
+    errno = EAGAIN;
+    return file;
+  }
+  std::array<char, 32> name{};
+  std::snprintf(name.data(), name.size(), "/proc/self/fd/%d", found.get());
+  do {
+    file.reset(::open(name.data(), flags & ~O_CREAT));
+  } while (!file.is_open() && errno == EINTR);
+  return file;
+}
+
+UniqueFd open_calmly(const char* path, int flags) noexcept {
+  constexpr mode_t kReadableByAll = 0666;
+  flags |= O_CLOEXEC | O_NOCTTY;
+  UniqueFd file{::open(path, flags | O_NONBLOCK, kReadableByAll)};
+  return file.is_open() || errno != EAGAIN ? std::move(file) : open_leased(path, flags);
+}
 
 bool is_device(int fd) noexcept {
   struct stat status {};
@@ -21,7 +50,7 @@ bool is_device(int fd) noexcept {
 }  // namespace
 
 UniqueFd open_for_reading(const char* path) noexcept {
-  UniqueFd file{::open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY)};
+  UniqueFd file = open_calmly(path, O_RDONLY);
   if (file.is_open() && is_device(file.get())) {
     file.reset();
     errno = EINVAL;
@@ -29,17 +58,22 @@ UniqueFd open_for_reading(const char* path) noexcept {
   return file;
 }
 
-UniqueFile open_for_writing(const char* path, Existing existing) noexcept {
-  constexpr mode_t kReadableByAll = 0666;
-  const bool appends = existing == Existing::kAppend;
-  const int flags = O_WRONLY | O_CREAT | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
-  UniqueFd file{::open(path, flags | (appends ? O_APPEND : O_TRUNC), kReadableByAll)};
-  if (!file.is_open()) return {};
+UniqueFd open_for_writing(const char* path, Existing existing) noexcept {
+  const int way = existing == Existing::kAppend ? O_APPEND : O_TRUNC;
+  UniqueFd file = open_calmly(path, O_WRONLY | O_CREAT | way);
   // Only the opening must not wait; a full pipe may.
-  ::fcntl(file.get(), F_SETFL, ::fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
-  UniqueFile stream{::fdopen(file.get(), appends ? "a" : "w")};
-  if (stream != nullptr) static_cast<void>(file.release());
-  return stream;
+  if (file.is_open()) ::fcntl(file.get(), F_SETFL, ::fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
+  return file;
+}
+
+bool write_all(int fd, std::string_view bytes) noexcept {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    bytes.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
 }
 
 std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept {

@@ -2,20 +2,25 @@
 #pragma once
 
 #include <cstddef>
-#include <cstdio>
+#include <string_view>
 
 #include "handles.h"
 
 namespace sit {
 
-// Opens a file for reading. Never waits: a FIFO without a writer reads as empty. Refuses devices
-// (EINVAL), which may never end.
+// Opening waits for nobody, but as long as the kernel lets the holder of a lease on a file wait.
+
+// Opens a file for reading. A FIFO without a writer reads as empty. Refuses devices (EINVAL), which
+// may never end.
 [[nodiscard]] UniqueFd open_for_reading(const char* path) noexcept;
 
 enum class Existing { kTruncate, kAppend };
 
-// Opens or creates a file for writing. Never waits: a FIFO without a reader is refused (ENXIO).
-[[nodiscard]] UniqueFile open_for_writing(const char* path, Existing existing) noexcept;
+// Opens or creates a file for writing. A FIFO without a reader is refused (ENXIO).
+[[nodiscard]] UniqueFd open_for_writing(const char* path, Existing existing) noexcept;
+
+// Writes all of it, resumed when a signal of the host's interrupts it. False when it cannot.
+[[nodiscard]] bool write_all(int fd, std::string_view bytes) noexcept;
 
 // Reads at most `count` bytes, resumed when a signal of the host's interrupts it. Returns the
 // number read; 0 at the end of the file or when it cannot be read.

@@ -257,6 +257,29 @@ TEST_F(Capture, FilesThatCannotBeRead) {
   EXPECT_EQ(FileExists(path("").c_str()) & 0x4000U, 0x4000U);
 }
 
+// The holder gives the lease up a while after the kernel asks for it.
+TEST_F(Capture, FileUnderALease) {
+  static int holder;
+  const auto handle = [](int signal, void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    ASSERT_EQ(::sigaction(signal, &action, nullptr), 0);
+  };
+  handle(SIGIO, [](int) {
+    const itimerval soon{{0, 0}, {0, 100000}};
+    ::setitimer(ITIMER_REAL, &soon, nullptr);
+  });
+  handle(SIGALRM, [](int) { ::fcntl(holder, F_SETLEASE, F_UNLCK); });
+  write_file(path("leased"), "text\n");
+  holder = ::open(path("leased").c_str(), O_RDWR | O_CLOEXEC);
+  const auto lease = [] { return ::fcntl(holder, F_SETLEASE, F_WRLCK) == 0; };
+  ASSERT_TRUE(lease());
+  EXPECT_EQ(written_by([this] { EXPECT_EQ(ReadTextFile(path("leased").c_str()), 0); }), "text\n");
+  ASSERT_TRUE(lease());
+  EXPECT_EQ(CopyEndOfFile("/dev/null", path("leased").c_str(), 0, 0), 0);
+  ::close(holder);
+}
+
 class Copy : public test::SitTest {
  protected:
   void expect_copy(const std::string& content, int trim, const std::string& expected) {
@@ -275,6 +298,11 @@ TEST_F(Copy, TrimmedOrWhole) {
   expect_copy("x" + exact, 1, banner + exact.substr(8));
   expect_copy("x" + exact, 0, "x" + exact);
   expect_copy(std::string(megabyte + 1, 'x'), 1, banner);
+  const std::string sizeless = "/proc/kallsyms";  // of megabytes
+  if (std::filesystem::exists(sizeless)) {
+    EXPECT_EQ(CopyEndOfFile(sizeless.c_str(), path("to").c_str(), 1, 0), 0);
+    EXPECT_TRUE(read_file(path("to")) == read_file(sizeless));
+  }
   for (const std::size_t size : {0U, 1U, 1019U, 1020U, 1021U, 2040U}) {
     write_file(path("from"), std::string(size, 'x'));
     write_file(path("to"), "before\n");
@@ -300,6 +328,9 @@ TEST_F(Copy, Failures) {
     EXPECT_EQ(CopyEndOfFile(source.c_str(), target.c_str(), 0, append), error) << source << target;
     EXPECT_FALSE(std::filesystem::exists(to)) << "half a copy must not stay";
   }
+  std::filesystem::create_symlink("/dev/full", to);
+  EXPECT_EQ(CopyEndOfFile(from.c_str(), to.c_str(), 0, 1), ENOSPC);
+  EXPECT_FALSE(std::filesystem::is_symlink(to)) << "of a link it is the link that goes";
   EXPECT_TRUE(std::filesystem::exists("/dev/full"));
   EXPECT_EQ(read_file(from), "text\n");
   write_file(to, "before\n");

@@ -1,4 +1,4 @@
-/* The one report file: open, write, close. Every write is flushed at once, so what has been
+/* The one report file: open, write, close. Every text goes into the file at once, so what has been
  * collected is on disk whatever happens next. Writers called while no report is open write
  * nothing and return 0. */
 #ifndef SIT_COMMFILE_H
@@ -13,23 +13,23 @@ SIT_BEGIN_C
  * is new; 64 wins over 1024. On success the session's reportDir holds the report's directory:
  * the path up to its last "/", else the working directory, else ".".
  * Returns 0; 10000 for a null path; 10007 for a mode with neither bit; 10008 for a path that is
- * too long; else the system error number of the failed open. A failure opens nothing and leaves
- * an open report as it was; a success puts the new report in its place without an end mark.
- * The stream is close-on-exec. */
+ * too long; else the system error number of the failed open, ENXIO for a FIFO without a reader. A
+ * failure leaves the file and an open report as they were; a success puts the new report in the
+ * place of the open one, which gets no end mark. The file is close-on-exec. */
 SIT_API int LogOpen(const char *path, int mode) SIT_NOEXCEPT;
 
 /* Ends the open report: writes the end mark "\n==End of Log==" when `final` is exactly 1, then a
  * newline, closes the file and empties the session's reportDir.
- * Returns 0, or the system error number of a failed flush or write. */
+ * Returns 0, or the system error number of writing that. */
 SIT_API int LogClose(int final) SIT_NOEXCEPT;
 
-/* Writes a message formatted by msgsub. Returns 0, or -1 when the report cannot be flushed. */
+/* Writes a message formatted by msgsub. Returns 0, or -1 when it cannot be written. */
 SIT_API int LogMsg(const char *format, ...) SIT_NOEXCEPT;
 
 /* The same with the prefix "VERBOSE: ", in verbose mode only. Returns 0 when that is off. */
 SIT_API int LogMsgV(const char *format, ...) SIT_NOEXCEPT;
 
-/* Writes `text` as it stands. Returns 0, or -1 when the report cannot be flushed. */
+/* Writes `text` as it stands. Returns 0, or -1 when it cannot be written. */
 SIT_API int LogString(const char *text) SIT_NOEXCEPT;
 
 /* Writes `title` as it stands, a line of as many "=" and an empty line. */

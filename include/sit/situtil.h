@@ -27,8 +27,9 @@ SIT_API void LogCmdOutput(const char *command, const char *output) SIT_NOEXCEPT;
  * open report. Returns a new text that the caller frees, or null when no file can be made. */
 SIT_API char *GetTempFile(void) SIT_NOEXCEPT;
 
-/* Copies the file at `path` into the open report as it stands.
- * Returns 0, or the system error number of the failed open. */
+/* Copies the file at `path` into the open report as it stands. A FIFO without a writer reads as
+ * empty.
+ * Returns 0, or the system error number of the failed open: EINVAL for a device but /dev/null. */
 SIT_API int ReadTextFile(const char *path) SIT_NOEXCEPT;
 
 /* The mode bits (type and permissions) of what `path` names, symbolic links followed; 0 when it
@@ -39,9 +40,10 @@ SIT_API unsigned int FileExists(const char *path) SIT_NOEXCEPT;
  * With a non-zero `trim` a source of more than 1048576 bytes is copied from the first line that
  * begins in its last 1048576 bytes, behind a banner that says so. What a source grows by
  * meanwhile is left out.
- * Returns 0; -1 for a null path; EINVAL when both name one file; else the system error number. A
- * copy that failed half-way is removed, unless the destination is a device or held content of its
- * own before. */
+ * Returns 0; -1 for a null path; EINVAL when both name one file, and for a source that is a device
+ * but /dev/null; else the system error number. A copy that failed half-way is removed (of a
+ * symbolic link the link), unless the destination is no file, or is added to and held something
+ * before. */
 SIT_API int CopyEndOfFile(const char *source, const char *destination, int trim,
                           int append) SIT_NOEXCEPT;
 

@@ -52,11 +52,6 @@ Function* real(Function* /*type*/, const char* name) {
   return reinterpret_cast<Function*>(::dlsym(RTLD_NEXT, name));
 }
 
-void mark_failed(FILE* stream) {
-  constexpr int kErrorSeen = 0x20;
-  stream->_flags |= kErrorSeen;
-}
-
 }  // namespace
 
 #define REAL(function) (*real(&::function, #function))
@@ -79,27 +74,18 @@ int open(const char* path, int flags, ...) {
 FILE* fopen(const char* path, const char* mode) {
   return fails(kOpen, EMFILE) ? nullptr : REAL(fopen)(path, mode);
 }
-FILE* fdopen(int fd, const char* mode) noexcept {
-  return fails(kOpen, ENOMEM) ? nullptr : REAL(fdopen)(fd, mode);
-}
 int mkostemp(char* name, int flags) {
   return fails(kOpen, EMFILE) ? -1 : REAL(mkostemp)(name, flags);
 }
 
 size_t fwrite(const void* bytes, size_t size, size_t count, FILE* stream) {
   if (!fails(kWrite, ENOSPC)) return REAL(fwrite)(bytes, size, count, stream);
-  mark_failed(stream);
+  constexpr int kErrorSeen = 0x20;
+  stream->_flags |= kErrorSeen;
   return 0;
 }
-int fputs(const char* text, FILE* stream) {
-  if (!fails(kWrite, ENOSPC)) return REAL(fputs)(text, stream);
-  mark_failed(stream);
-  return EOF;
-}
-int fflush(FILE* stream) {
-  if (!fails(kWrite, ENOSPC)) return REAL(fflush)(stream);
-  if (stream != nullptr) mark_failed(stream);
-  return EOF;
+ssize_t write(int fd, const void* bytes, size_t count) {
+  return fails(kWrite, ENOSPC) ? -1 : REAL(write)(fd, bytes, count);
 }
 
 // The name service of glibc brings the process down when it runs out of memory. That is not the
@@ -117,11 +103,6 @@ ssize_t read(int fd, void* bytes, size_t count) {
 }
 ssize_t pread(int fd, void* bytes, size_t count, off_t offset) {
   return fails(kRead, EIO) ? -1 : REAL(pread)(fd, bytes, count, offset);
-}
-size_t fread(void* bytes, size_t size, size_t count, FILE* stream) {
-  if (!fails(kRead, EIO)) return REAL(fread)(bytes, size, count, stream);
-  mark_failed(stream);
-  return 0;
 }
 
 pid_t fork() noexcept { return fails(kFork, EAGAIN) ? -1 : REAL(fork)(); }
@@ -150,6 +131,9 @@ struct dirent* readdir(DIR* directory) {
 
 int stat(const char* path, struct stat* status) noexcept {
   return fails(kStat, EIO) ? -1 : REAL(stat)(path, status);
+}
+int lstat(const char* path, struct stat* status) noexcept {
+  return fails(kStat, EIO) ? -1 : REAL(lstat)(path, status);
 }
 int fstat(int fd, struct stat* status) noexcept {
   return fails(kStat, EIO) ? -1 : REAL(fstat)(fd, status);
