@@ -13,10 +13,7 @@
 
 namespace {
 
-constexpr std::size_t kPrefixBytes = 512;
-constexpr std::size_t kCommandBytes = 1021;
-using Prefix = sit::BoundedText<kPrefixBytes>;
-using Command = sit::BoundedText<kCommandBytes>;
+using Prefix = sit::BoundedText<512>;
 
 struct JavaQuestion {
   const char* heading;
@@ -29,20 +26,19 @@ constexpr JavaQuestion kQuestions[] = {
 };
 
 // What the shell must do first to know the installation's Java. False when it cannot.
-bool source_java_env(std::string_view directory, Prefix& prefix) noexcept {
+bool source_java_env(std::string_view directory, sit::CommandLine& prefix) noexcept {
   Prefix script;
   if (!sit::compose(script, "The path", {directory, "/bin/java_env"})) return false;
   if (FileExists(script.c_str()) == 0) {
     LogMsg("%s does not exist, cannot determine Java versions for $PHM\n", script.c_str());
     return false;
   }
-  Prefix home;
-  Prefix sourced;
-  const bool words_fit =
-      sit::append_word(home, directory) && sit::append_word(sourced, script.view());
-  return sit::compose(prefix, "The command",
-                      {"PHM=", words_fit ? home.view() : directory, ";export PHM; . ",
-                       words_fit ? sourced.view() : script.view(), ";"});
+  Prefix stated;
+  return sit::compose(stated, "The command",
+                      {"PHM=", directory, ";export PHM; . ", script.view(), ";"}) &&
+         prefix.append("PHM=") && sit::append_word(prefix, directory) &&
+         prefix.append(";export PHM; . ") && sit::append_word(prefix, script.view()) &&
+         prefix.append(";");
 }
 
 void capture_version_in(std::string_view home) noexcept {
@@ -52,7 +48,7 @@ void capture_version_in(std::string_view home) noexcept {
     LogMsg("Java executable %s does not exist\n", java.c_str());
     return;
   }
-  Command command;
+  sit::CommandLine command;
   if (sit::append_word(command, java.view()) && command.append(" -version")) {
     LogCmdOutput(command.c_str(), nullptr);
   }
@@ -64,13 +60,13 @@ extern "C" {
 
 void getJavaInfo(PHMVER* record) noexcept {
   if (record == nullptr) return;
-  Prefix prefix;
+  sit::CommandLine prefix;
   if (std::getenv("JREHOME") == nullptr && !source_java_env(sit::text_of(record->dir), prefix)) {
     return;
   }
   for (const JavaQuestion& question : kQuestions) {
     LogMsg(question.heading, record->version);
-    if (Command command; sit::compose(command, "The command", {prefix.view(), question.command})) {
+    if (sit::CommandLine command = prefix; command.append(question.command)) {
       LogCmdOutput(command.c_str(), nullptr);
     }
     LogMsg("\n");

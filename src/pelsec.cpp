@@ -5,7 +5,6 @@
 
 #include <array>
 #include <cstdarg>
-#include <initializer_list>
 #include <string_view>
 
 #include "commfile.h"
@@ -47,31 +46,19 @@ bool store_path(const PHMVER& record, std::string_view store, sit::Path& path) n
   return sit::compose(path, "The path", {sit::text_of(record.dir), "/", store});
 }
 
-// The command that the template makes of the words. False when a word or the whole does not fit.
-bool certificate_command(const char* tool, const char* store, const char* name,
-                         ToolCommand& command) noexcept {
-  ToolCommand tool_word;
-  ToolCommand store_word;
-  ToolCommand name_word;
-  if (!sit::append_word(tool_word, tool) || !sit::append_word(store_word, store) ||
-      !sit::append_word(name_word, name)) {
-    return false;
-  }
-  const Message whole =
-      formatted(szSSLCTemp, tool_word.c_str(), store_word.c_str(), '/', name_word.c_str());
-  return command.append(whole.text.data());
-}
-
-void log_long_command(std::initializer_list<std::string_view> pieces) noexcept {
-  LogString(sit::TooLong{"The command", pieces, ToolCommand::kMaxLength}.c_str());
-}
-
 void list_certificate(const char* tool, const char* store, const char* name) noexcept {
   LogMsg("Listing of %s\n\n", name);
-  if (ToolCommand command; certificate_command(tool, store, name, command)) {
-    LogCmdOutput(command.c_str(), nullptr);
-  } else {
-    log_long_command({formatted(szSSLCTemp, tool, store, '/', name).text.data()});
+  ToolCommand stated;
+  sit::CommandLine tool_word;
+  sit::CommandLine store_word;
+  sit::CommandLine name_word;
+  if (sit::compose(stated, "The command",
+                   {formatted(szSSLCTemp, tool, store, '/', name).text.data()}) &&
+      sit::append_word(tool_word, tool) && sit::append_word(store_word, store) &&
+      sit::append_word(name_word, name)) {
+    const Message command =
+        formatted(szSSLCTemp, tool_word.c_str(), store_word.c_str(), '/', name_word.c_str());
+    LogCmdOutput(command.text.data(), nullptr);
   }
   LogMsg("\n\n");
 }
@@ -93,10 +80,11 @@ constexpr WholeStore kWholeStores[] = {
 void list_store(const char* entries, const sit::Path& tool, const sit::Path& store) noexcept {
   constexpr std::string_view kOptions = " -list -verbose";
   LogMsg("Listing of %s in %s\n\n", entries, store.c_str());
-  if (ToolCommand command; sit::append_word(command, tool.view()) && command.append(kOptions)) {
+  ToolCommand stated;
+  sit::CommandLine command;
+  if (sit::compose(stated, "The command", {tool.view(), kOptions}) &&
+      sit::append_word(command, tool.view()) && command.append(kOptions)) {
     LogCmdOutput(command.c_str(), nullptr);
-  } else {
-    log_long_command({tool.view(), kOptions});
   }
 }
 
@@ -104,10 +92,13 @@ void report_store(const PHMVER& record, const WholeStore& whole) noexcept {
   sit::Path store;
   sit::Path tool;
   LogTitle(whole.title);
-  if (!store_path(record, whole.directory, store) || !tool_path(record, whole.tool, tool)) return;
+  if (!store_path(record, whole.directory, store)) return;
   if (FileExists(store.c_str()) == 0) {
     LogMsg(whole.missing, store.c_str());
-  } else if (FileExists(tool.c_str()) == 0) {
+    return;
+  }
+  if (!tool_path(record, whole.tool, tool)) return;
+  if (FileExists(tool.c_str()) == 0) {
     LogMsg("%s does not exist, cannot list %s\n", tool.c_str(), whole.entries);
   } else {
     list_store(whole.entries, tool, store);

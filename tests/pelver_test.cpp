@@ -269,9 +269,13 @@ TEST(Records, VersionTexts) {
     RmPatchInfoPHM(version.data());
     EXPECT_STREQ(version.c_str(), release.c_str());
   }
-  const std::tuple<const char*, int, int> parsed[] = {
-      {"10", -1, -1},  {"10.2", 10, -1}, {"10.2B", 10, 2},
-      {"10.B", 10, 0}, {".5x", 0, 5},    {"99999999999.1x", 32767, 1}};
+  const std::tuple<const char*, int, int> parsed[] = {{"10", -1, -1},
+                                                      {"10.2", 10, -1},
+                                                      {"10.2B", 10, 2},
+                                                      {"10.B", 10, 0},
+                                                      {".5x", 0, 5},
+                                                      {" 10. 5B", 10, 0},
+                                                      {"99999999999.1x", 32767, 1}};
   for (const auto& [text, major, minor] : parsed) {
     PHMVER record{};
     record.major = record.minor = -1;

@@ -116,6 +116,8 @@ TEST_F(Configuration, OfOtherKinds) {
   make_tool(plain_dir + "/bin/showcfg", "echo borrowed");
   record_.next = &plain;
   EXPECT_EQ(report("9.0A"), framework + "borrowed\n");
+  plain_dir = "";
+  EXPECT_NE(report("9.0A").find("/bin/showcfg"), std::string::npos) << "the root's own";
   record_.next = nullptr;
 
   record_.flags = PK_WEBCLIENT;

@@ -351,7 +351,7 @@ TEST_F(Shell, Listings) {
   }
   EXPECT_EQ(written_by([this] { ListFiles(path("missing").c_str(), 0); }),
             "\nERROR: Directory " + path("missing") + " does not exist, errno 2.\n");
-  const std::string longest = path(std::string(246 - path("").size(), 'd'));
+  const std::string longest = path(std::string(246 - path("").size(), '$'));
   std::filesystem::create_directory(longest + "/");
   EXPECT_EQ(written_by([&] { ListFiles(longest.c_str(), 0); }), "total 0\n\n");
   EXPECT_EQ(written_by([&] { ListFiles(longest.c_str(), 1); }),

@@ -111,7 +111,7 @@ class BrokerLines {
 };
 
 // The blanks are those of the tools' documented command line, empty places included.
-bool compose_command(sit::ToolCommand& command, const char* tool, std::string_view broker,
+bool compose_command(sit::CommandLine& command, const char* tool, std::string_view broker,
                      std::string_view location) noexcept {
   if (!command.append("  ") || !sit::append_quoted(command, tool) || !command.append(" ")) {
     return false;
@@ -144,7 +144,7 @@ int ValidateOBInstance(const char* version, const char* tool, const char* broker
   if (sit::is_missing(tool)) return kNoTool;
   sit::LineText name;
   if (!sit::compose(name, "The broker name", {sit::text_of(broker)})) return SIT_NO_SUCH_BROKER;
-  sit::ToolCommand command;
+  sit::CommandLine command;
   if (!compose_command(command, tool, name.view(), sit::text_of(location))) {
     sit::log_unfit_command(tool);
     return SIT_NOT_FOUND;

@@ -19,7 +19,7 @@ sit::Path own_properties(const PHMVER& record) noexcept {
 
 // The blanks are those of the tool's documented command line.
 void run_tool(const char* tool, std::string_view properties) noexcept {
-  sit::ToolCommand command;
+  sit::CommandLine command;
   if (command.append("  ") && sit::append_quoted(command, tool) && command.append(" ") &&
       sit::append_quoted(command, properties) && command.append("  ")) {
     LogCmdOutput(command.c_str(), nullptr);

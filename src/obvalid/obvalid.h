@@ -14,9 +14,7 @@
 
 namespace sit {
 
-// The command line of one of the installation's tools. One that does not fit is not run, which
-// the report says.
-using ToolCommand = BoundedText<2048>;
+// Says that the command line of one of the installation's tools does not fit and is not run.
 void log_unfit_command(const char* tool) noexcept;
 
 // A line of one character, `count` times.

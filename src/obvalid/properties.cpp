@@ -6,6 +6,7 @@
 #include "obvalid/obvalid.h"
 #include "pelver/keys.h"
 #include "sit/situtil.h"
+#include "situtil/shell.h"
 
 namespace {
 
@@ -26,7 +27,7 @@ sit::RuleText sit::rule(char character, std::size_t count) noexcept {
 
 void sit::log_unfit_command(const char* tool) noexcept {
   LogMsg("ERROR: The command of %s is longer than %d characters and is not run.\n", tool,
-         static_cast<int>(ToolCommand::kMaxLength));
+         static_cast<int>(CommandLine::kMaxLength));
 }
 
 bool sit::is_directory(unsigned mode) noexcept {

@@ -69,7 +69,7 @@ void ParseVerString(const char* version, PHMVER* record) noexcept {
   std::size_t digits = 0;
   while (digits < rest.size() && sit::is_digit(rest[digits])) ++digits;
   // A number that ends the text is no minor version: nothing says where it stops.
-  if (digits < rest.size()) record->minor = sit::leading_number(rest);
+  if (digits < rest.size()) record->minor = sit::leading_number(sit::head(rest, digits));
 }
 
 }  // extern "C"

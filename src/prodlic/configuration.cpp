@@ -47,14 +47,14 @@ bool directory_exists(const PHMVER& record) noexcept {
   return false;
 }
 
-// A framework installation has no listing tool: it borrows that of the last plain one.
-std::string_view tool_directory(const PHMVER& record) noexcept {
-  if (!is_framework(record)) return sit::text_of(record.dir);
-  std::string_view directory;
+// A framework installation has no listing tool: it borrows that of the last plain one, if any.
+const PHMVER* owner_of_tool(const PHMVER& record) noexcept {
+  if (!is_framework(record)) return &record;
+  const PHMVER* owner = nullptr;
   for (const PHMVER* other = pphm; other != nullptr; other = other->next) {
-    if (other->flags == 0) directory = sit::text_of(other->dir);
+    if (other->flags == 0) owner = other;
   }
-  return directory;
+  return owner;
 }
 
 std::string_view configuration_name(const PHMVER& record) noexcept {
@@ -75,20 +75,19 @@ bool announce_configuration(const PHMVER& record, char* configuration) noexcept 
 }
 
 void run_listing_tool(const PHMVER& record) noexcept {
-  const std::string_view directory = tool_directory(record);
+  const PHMVER* owner = owner_of_tool(record);
   sit::Path tool;
-  const bool has_tool =
-      directory.empty() || sit::compose(tool, "The path", {directory, "/bin/showcfg"});
+  const bool fits = owner == nullptr ||
+                    sit::compose(tool, "The path", {sit::text_of(owner->dir), "/bin/showcfg"});
   if (p_sitfunctbl != nullptr) p_sitfunctbl->PrepareConfigName("PELCFG", &record);
   char configuration[SIT_PATH_BYTES] = "";
-  if (!announce_configuration(record, configuration) || !has_tool) return;
+  if (!announce_configuration(record, configuration) || !fits) return;
 
-  sit::BoundedText<kCommandBytes> command;
-  if (!sit::append_quoted(command, tool.view()) || !command.append(" ") ||
+  sit::BoundedText<kCommandBytes> stated;
+  sit::CommandLine command;
+  if (!sit::compose(stated, "The command", {"\"", tool.view(), "\" \"", configuration, "\""}) ||
+      !sit::append_quoted(command, tool.view()) || !command.append(" ") ||
       !sit::append_quoted(command, configuration)) {
-    LogString(sit::TooLong{
-        "The command", {"\"", tool.view(), "\" \"", configuration, "\""}, kCommandBytes - 1}
-                  .c_str());
     return;
   }
   LogMsgV("GetLicenseInfo: about to run  %s\n", command.c_str());

@@ -12,19 +12,20 @@
 namespace {
 
 constexpr std::size_t kListingLength = 255;
-constexpr std::size_t kCommandBytes = 512;
-using Command = sit::BoundedText<kCommandBytes>;
+using Command = sit::BoundedText<512>;
 
 }  // namespace
 
 void sit::list_directory(std::string_view options, std::string_view directory,
                          std::size_t max_length) noexcept {
-  Command command;
-  if (command.append({"ls ", options, " "}) && append_quoted(command, directory) &&
-      command.size() <= max_length) {
+  const std::initializer_list<std::string_view> words{"ls ", options, " \"", directory, "\""};
+  Command stated;
+  CommandLine command;
+  if (stated.append(words) && stated.size() <= max_length &&
+      command.append({"ls ", options, " "}) && append_quoted(command, directory)) {
     LogCmdOutput(command.c_str(), nullptr);
   } else {
-    LogString(TooLong{"The command", {"ls ", options, " \"", directory, "\""}, max_length}.c_str());
+    LogString(TooLong{"The command", words, max_length}.c_str());
   }
   LogMsg("\n");
 }

@@ -7,10 +7,13 @@
 
 namespace sit {
 
+// A command line as the shell gets it. The capacities of commands count their words as they stand;
+// what quoting adds, at most as much again, has room beside that.
+using CommandLine = BoundedText<2048>;
+
 // Appends `text` between double quotes so that the shell takes it as it stands. False when it does
 // not fit.
-template <std::size_t Bytes>
-[[nodiscard]] bool append_quoted(BoundedText<Bytes>& command, std::string_view text) noexcept {
+[[nodiscard]] inline bool append_quoted(CommandLine& command, std::string_view text) noexcept {
   bool fits = command.append("\"");
   for (const char& c : text) {
     constexpr std::string_view kSpecial = "\"\\$`";
@@ -21,8 +24,7 @@ template <std::size_t Bytes>
 }
 
 // Appends `text` as one word: as it is when the shell has no say in it, else between quotes.
-template <std::size_t Bytes>
-[[nodiscard]] bool append_word(BoundedText<Bytes>& command, std::string_view text) noexcept {
+[[nodiscard]] inline bool append_word(CommandLine& command, std::string_view text) noexcept {
   constexpr std::string_view kPlain =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-./+:,@%=";
   const bool is_plain = text.find_first_not_of(kPlain) == std::string_view::npos;
