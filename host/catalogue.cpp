@@ -1,5 +1,7 @@
 #include "catalogue.h"
 
+#include <cerrno>
+
 #include "signature.h"
 #include "sit/sitexec.h"
 #include "sit/websvr.h"
@@ -108,7 +110,8 @@ std::vector<Entry> make_catalogue() {
           {.name = "RunCommand",
            .argument_names = {"command", "entry point", "is library", "base or null",
                               "capture folder", "output file", "index or null"},
-           .writes = "what a command prints, or a library's entry point leaves, in a folder"}),
+           .writes = "what a command prints, or a library's entry point leaves, in a folder",
+           .meanings = {{ENAMETOOLONG, "the command or the path of the folder is too long"}}}),
   };
 }
 

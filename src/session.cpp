@@ -5,9 +5,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
-
-#include "commutils/heap_text.h"
 
 extern "C" {
 
@@ -18,12 +15,6 @@ constinit std::int32_t nopel = 0;
 constinit PlatformOps* p_sitfunctbl = nullptr;
 
 const char* getusername() noexcept {
-  // The name service may bring the process down when memory runs out in it: go without a name
-  // while there is none to spare.
-  constexpr std::size_t kSpare = 65536;
-  if (const sit::HeapText spare{static_cast<char*>(std::malloc(kSpare))}; spare == nullptr) {
-    return "";
-  }
   const passwd* entry = ::getpwuid(::getuid());
   return entry == nullptr || entry->pw_name == nullptr ? "" : entry->pw_name;
 }

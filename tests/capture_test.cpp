@@ -72,13 +72,16 @@ TEST_F(Capturing, LibraryEntryPoint) {
   for (const auto& [library, entry_point, outcome] :
        {Call{CAPTURED_LIBRARY, "leave_a_file", done},
         {"lib.so", "leave_a_file", done},
+        {"./lib.so", "leave_a_file_and_go", done},
         {"./lib.so", "nosuch", "DLL failed: ./lib.so: undefined symbol: nosuch\n"},
         {"/nosuch.so", "x",
          "DLL failed: /nosuch.so: cannot open shared object file: No such file or directory\n"},
         {path("cap/short.so"), "x",
          "DLL failed: " + path("cap/short.so") + ": file is cut short\n"},
         {"", "leave_a_file", "DLL failed: : no library named\n"},
-        {path("cap"), "x", "DLL failed: " + path("cap") + ": not a regular file\n"}}) {
+        {path("cap"), "x",
+         "DLL failed: " + path("cap") + ": cannot read file data: Is a directory\n"},
+        {"/dev/null", "x", "DLL failed: /dev/null: not a regular file\n"}}) {
     fs::remove(index);
     fs::remove(path("cap/left"));
     EXPECT_EQ(RunCommand(library.c_str(), entry_point.c_str(), 1, path("").c_str(), "cap", "",
@@ -89,6 +92,10 @@ TEST_F(Capturing, LibraryEntryPoint) {
     EXPECT_EQ(fs::exists(path("cap/left")), outcome == done) << library;
     EXPECT_EQ(fs::current_path(), path("start"));
   }
+  char not_allocated = '?';
+  char* error = &not_allocated;
+  EXPECT_EQ(ExecDLLFunction(path("cap/lib.so").c_str(), "leave_a_file", &error), 0);
+  EXPECT_EQ(error, nullptr) << "for the caller to free";
 }
 
 TEST_F(Capturing, WhatCannotBeOpened) {
@@ -103,7 +110,7 @@ TEST_F(Capturing, WhatCannotBeOpened) {
 TEST_F(Capturing, TextsBeyondTheirCapacity) {
   const std::string index = path("index");
   const std::string command = "touch ran #" + std::string(499, 'x');
-  EXPECT_EQ(run(command.c_str(), "o", index.c_str()), SIT_PATH_TOO_LONG);
+  EXPECT_EQ(run(command.c_str(), "o", index.c_str()), ENAMETOOLONG);
   EXPECT_EQ(content(index),
             "\nCommand: " + command +
                 "\nOutput File: cap/o\nERROR: The command of 510 characters is longer than 509 and "
@@ -111,7 +118,7 @@ TEST_F(Capturing, TextsBeyondTheirCapacity) {
                 command.substr(0, 200) + "...\n\n");
   EXPECT_EQ(
       RunCommand("touch ran", "", 0, path("").c_str(), std::string(250, 'n').c_str(), "", nullptr),
-      SIT_PATH_TOO_LONG);
+      ENAMETOOLONG);
   EXPECT_FALSE(fs::exists(path("cap/ran")));
   EXPECT_EQ(run(command.substr(0, 509).c_str(), "o", nullptr), 0);
   EXPECT_TRUE(fs::exists(path("cap/ran")));

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <initializer_list>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "commutils/views.h"
@@ -37,6 +38,18 @@ inline void replace_field(char*& field, std::string_view text) noexcept {
   HeapText copy = duplicate(text);
   std::free(field);
   field = copy.release();
+}
+
+// What strentry and AppendVerLogFile answer: the text in a buffer of the library's own, made anew
+// by each call; null when there is none, it does not fit, or memory runs out.
+inline constexpr std::size_t kAnswerBytes = 255;
+inline const char* answer(char*& last, std::optional<std::string_view> text) noexcept {
+  HeapText buffer{static_cast<char*>(std::malloc(kAnswerBytes))};
+  const bool is_kept = buffer != nullptr && text && store({buffer.get(), kAnswerBytes}, *text);
+  // The text may be a part of the last answer.
+  std::free(last);
+  last = is_kept ? buffer.release() : nullptr;
+  return last;
 }
 
 }  // namespace sit

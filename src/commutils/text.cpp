@@ -12,16 +12,16 @@
 
 namespace {
 
-constexpr std::size_t kFieldBytes = 255;
 constexpr std::size_t kHexPerByte = 3;
 
 // The result of strentry; the next call replaces it.
 constinit char* last_field = nullptr;
 
-sit::HeapText to_hex(std::span<const unsigned char> bytes, std::string_view ending) noexcept {
+// `spare` bytes are there besides those of the digits.
+sit::HeapText to_hex(std::span<const unsigned char> bytes, std::string_view ending,
+                     std::size_t spare) noexcept {
   constexpr std::string_view kDigits = "0123456789abcdef";
-  sit::HeapText text{
-      static_cast<char*>(std::malloc(bytes.size() * kHexPerByte + ending.size() + 1))};
+  sit::HeapText text{static_cast<char*>(std::malloc(bytes.size() * kHexPerByte + spare))};
   if (text == nullptr) return text;
   char* end = text.get();
   for (const unsigned char byte : bytes) {
@@ -78,23 +78,16 @@ void strremove(char* text, const char* set) noexcept {
 }
 
 const char* strentry(unsigned int number, const char* text, char separator) noexcept {
-  sit::HeapText buffer{static_cast<char*>(std::malloc(kFieldBytes))};
-  const auto field = sit::field_of(sit::text_of(text), number, separator);
-  const bool delivered =
-      buffer != nullptr && field && sit::store({buffer.get(), kFieldBytes}, *field);
-  // The text may be the last field.
-  std::free(last_field);
-  last_field = delivered ? buffer.release() : nullptr;
-  return last_field;
+  return sit::answer(last_field, sit::field_of(sit::text_of(text), number, separator));
 }
 
 char* strtohex(const void* bytes, int count) noexcept {
-  return to_hex(bytes_of(bytes, count), "").release();
+  return to_hex(bytes_of(bytes, count), "", 3).release();
 }
 
 char* strtohexmax(const void* bytes, int count, int largest) noexcept {
   const int shown = std::clamp(largest, 0, std::max(count, 0));
-  return to_hex(bytes_of(bytes, shown), count > shown ? "..." : "").release();
+  return to_hex(bytes_of(bytes, shown), count > shown ? "..." : "", 4).release();
 }
 
 }  // extern "C"

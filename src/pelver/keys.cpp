@@ -1,6 +1,6 @@
 #include "pelver/keys.h"
 
-#include <cstdlib>
+#include <optional>
 
 #include "commfile.h"
 #include "commutils/fields.h"
@@ -89,10 +89,7 @@ const char* AppendVerLogFile(const char* version, int bitness, const char* prefi
   sit::VersionedName name;
   const bool fits =
       name.append(sit::text_of(prefix)) && sit::append_version(version, bitness, name);
-  // The arguments may be the last name.
-  std::free(last_name);
-  last_name = fits ? sit::duplicate(name.view()).release() : nullptr;
-  return last_name;
+  return sit::answer(last_name, fits ? std::optional{name.view()} : std::nullopt);
 }
 
 int Is64BitWindows() noexcept { return 0; }

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cerrno>
 #include <span>
 #include <string_view>
 
@@ -103,10 +104,9 @@ void write_outcome(const Capture& capture, bool failed, const char* error) noexc
   LogMsg("\n\n");
 }
 
-// Opens the index where its path was meant, and comes back: its directory, where temporary files
-// may have to go, is then told from the root. Returns what opening gave.
+// Opens the index where its path was meant: its directory, where temporary files may have to go, is
+// then told from the root. Returns what opening gave.
 int reopen_index(const char* index, const WorkingDirectory& start) noexcept {
-  const WorkingDirectory here;
   start.go_back();
   const int opened = LogOpen(index, SIT_APPEND);
   if (opened == SIT_OK && pc != nullptr) start.complete(pc->reportDir);
@@ -131,9 +131,10 @@ int RunCommand(const char* command, const char* entry, char is_library, const ch
   CapturedCommand copy;
   const bool runs = fits(capture, folder, copy);
   if (index != nullptr) static_cast<void>(LogClose(0));
-  if (!runs) return SIT_PATH_TOO_LONG;
+  if (!runs) return ENAMETOOLONG;
 
   change_directory(folder.c_str());
+  const WorkingDirectory inside;
   int result = SIT_OK;
   bool failed = false;
   char* error = nullptr;
@@ -145,6 +146,7 @@ int RunCommand(const char* command, const char* entry, char is_library, const ch
   const sit::HeapText library_error{error};
   static_cast<void>(LogClose(SIT_FINAL));
   if (index != nullptr && reopen_index(index, start) == SIT_OK) {
+    inside.go_back();
     write_outcome(capture, failed, library_error.get());
     static_cast<void>(LogClose(0));
   }
@@ -152,6 +154,7 @@ int RunCommand(const char* command, const char* entry, char is_library, const ch
 }
 
 int ExecDLLFunction(const char* path, const char* entry, char** error) noexcept {
+  if (error != nullptr) *error = nullptr;
   const std::string_view name = sit::text_of(path);
   // The loader looks for a bare name elsewhere; here it means a file of the working directory.
   const bool is_here = name.find('/') == std::string_view::npos && FileExists(path) != 0;

@@ -37,7 +37,10 @@ std::string_view danger_in(const char* path) noexcept {
   if (is_missing(path)) return "no library named";  // the loader would take the host itself
   struct stat status {};
   if (::stat(path, &status) != 0) return {};
-  if (!S_ISREG(status.st_mode)) return "not a regular file";
+  // Opening one of these may wait for ever.
+  if (S_ISFIFO(status.st_mode) || S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) {
+    return "not a regular file";
+  }
   const UniqueFd file = open_for_reading(path);
   ElfW(Ehdr) header{};
   if (!file.is_open() || !read_at(file.get(), 0, &header, sizeof header) ||

@@ -12,7 +12,7 @@ namespace sit {
 class Library {
  public:
   // Loads lazily, with global symbols. Never hands the loader a file whose loading would hang or
-  // kill the process: one that is cut short, or no regular file.
+  // kill the process: one that is cut short, a FIFO or a device.
   explicit Library(const char* path) noexcept;
   Library(const Library&) = delete;
   Library& operator=(const Library&) = delete;

@@ -1,6 +1,17 @@
-// A library whose entry point leaves a file in the working directory.
+// A library whose entry points leave a file in the working directory.
+#include <unistd.h>
+
 #include <cstdio>
 
-extern "C" __attribute__((visibility("default"))) void leave_a_file() {
+extern "C" {
+
+__attribute__((visibility("default"))) void leave_a_file() {
   if (FILE* file = std::fopen("left", "w"); file != nullptr) std::fclose(file);
 }
+
+__attribute__((visibility("default"))) void leave_a_file_and_go() {
+  leave_a_file();
+  if (::chdir("/tmp") != 0) std::perror("chdir");
+}
+
+}  // extern "C"
