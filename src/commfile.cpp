@@ -58,8 +58,14 @@ void begin_report() noexcept {
 
 int log_formatted(std::string_view prefix, const char* format, va_list arguments) noexcept {
   if (fp < 0) return 0;
-  std::array<char, kVerbose.size() + SIT_MESSAGE_BYTES> message;
+  std::array<char, kVerbose.size() + SIT_MESSAGE_BYTES + 1> message;
   msgsub(sit::put(message.data(), prefix), format, arguments);
+  // One verbose message follows another: one that is cut keeps the end of its line.
+  const std::string_view text = message.data();
+  const bool is_cut = text.size() == kVerbose.size() + SIT_MESSAGE_BYTES - 1;
+  if (is_cut && sit::text_of(format).ends_with('\n') && !text.ends_with('\n')) {
+    stcopy(message.data() + text.size(), "\n");
+  }
   return LogString(message.data());
 }
 

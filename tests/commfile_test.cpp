@@ -48,13 +48,15 @@ TEST_F(Report, WritersSayExactlyThis) {
               LogMsg("%s %s\n", "100%d", "%%");
               LogString("%s verbatim\n");
               LogMsgV("two\nlines %d\n", 2);
+              LogMsgV("%s\n", std::string(5000, 'v').c_str());
               SetVerboseMode(0);
               LogMsgV("unseen\n");
               print_stat_line();
             }),
             "VERBOSE: \n**Verbose Mode **\n"
-            "OS Version\n==========\n\n\n\n\n100%d %%\n%s verbatim\nVERBOSE: two\nlines 2\n" +
-                std::string(80, '=') + "\n\n");
+            "OS Version\n==========\n\n\n\n\n100%d %%\n%s verbatim\nVERBOSE: two\nlines 2\n"
+            "VERBOSE: " +
+                std::string(4095, 'v') + "\n" + std::string(80, '=') + "\n\n");
 }
 
 TEST_F(Report, RefusedOpenings) {
