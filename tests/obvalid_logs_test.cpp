@@ -138,6 +138,7 @@ TEST_F(Logs, CopiesOfOneName) {
   expect_copies("first", 0, {{"first/a.lg", "text\n"}, {"server.log", exact}});
   expect_copies("db:nosuch", 1, {});
   EXPECT_EQ(Copy_Log_Files("sports", "10.1B", path("copies").c_str()), 1);
+  EXPECT_EQ(Copy_Log_Files("nosuch", "10.1B03", ""), 1) << "which means the root";
   EXPECT_EQ(Copy_File(nullptr, "copy", 0), -1);
   EXPECT_EQ(Copy_File(path("broker.log").c_str(), path("all").c_str(), 0), 0);
   EXPECT_TRUE(test::read_file(path("all")) == "x" + exact);

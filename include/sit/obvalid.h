@@ -90,8 +90,8 @@ SIT_API int ValidateOB(PHMVER *record, const char *plugins_file, const char *bro
  * open report. Its brokers' logs are noted under `version`; the types "AP" and "WP" tell of
  * parameter files, too. The output is read in pieces of 254 characters, each of which counts as a
  * line.
- * Returns 0; 10000 without a tool; 10001 when its command is too long or its output could not be
- * captured, which the report says; 10015 when the tool cannot find the broker, or its name is too
+ * Returns 0; 10000 without a tool; 10001 when its command is too long, which the report says, or its
+ * output cannot be opened; 10015 when the tool cannot find the broker, or its name is too
  * long; 10020 when the tool cannot load a property. */
 SIT_API int ValidateOBInstance(const char *version, const char *tool, const char *broker,
                                const char *location, const char *type) SIT_NOEXCEPT;
@@ -195,7 +195,7 @@ SIT_API int Copy_File(const char *source, const char *destination, int trim) SIT
  * gets a new directory of the database's name. The open report says what could not be copied.
  * Returns 0 or one of:
  *   1      nothing is noted for the name
- *   -1     an argument is null, or the destination empty
+ *   -1     an argument is null
  *   10021  the installation has no admin server
  *   10023  the admin server's work directory was not found
  *   10024  no log of the admin server could be copied

@@ -151,15 +151,10 @@ int ValidateOBInstance(const char* version, const char* tool, const char* broker
   }
   LogMsgV("Ready to execute %s\n", command.c_str());
   const sit::TempFile output;
-  sit::UniqueFd file;
-  if (output.has_name()) {
-    LogCmdOutput(command.c_str(), output.name());
-    file = sit::open_for_reading(output.name());
-  }
-  if (!file.is_open()) {
-    LogMsg("ERROR: Could not capture the output of %s\n", tool);
-    return SIT_NOT_FOUND;
-  }
+  if (!output.has_name()) return SIT_NOT_FOUND;
+  LogCmdOutput(command.c_str(), output.name());
+  const sit::UniqueFd file = sit::open_for_reading(output.name());
+  if (!file.is_open()) return SIT_NOT_FOUND;
   BrokerLines lines{version, sit::text_of(type), name};
   sit::PieceReader reader{file.get(), sit::size_to_read(file.get())};
   for (std::string_view piece; reader.next(piece);) lines.take(piece);

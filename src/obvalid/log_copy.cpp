@@ -97,8 +97,7 @@ int Copy_File(const char* source, const char* destination, int trim) noexcept {
 
 int Copy_Log_Files(const char* name, const char* version, const char* destination) noexcept {
   constexpr std::string_view kDatabase = "db:";
-  // An empty destination would mean the root directory.
-  if (name == nullptr || version == nullptr || sit::is_missing(destination)) return SIT_FAILED;
+  if (name == nullptr || version == nullptr || destination == nullptr) return SIT_FAILED;
   if (sit::equal_ignoring_case(name, "admsrv")) return copy_admin_server_logs(version, destination);
   const bool is_database = sit::starts_ignoring_case(name, kDatabase);
   return copy_noted_logs(sit::tail(name, is_database ? kDatabase.size() : 0), version, destination,

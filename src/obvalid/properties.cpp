@@ -12,7 +12,7 @@ namespace {
 
 int copy_as(const char* path, const char* destination, std::string_view name) noexcept {
   sit::Path target;
-  if (sit::is_missing(destination)) return EINVAL;
+  if (destination == nullptr) return EINVAL;
   if (!sit::compose(target, "The path", {destination, "/", name})) return ENAMETOOLONG;
   return Copy_File(path, target.c_str(), 0);
 }
