@@ -5,7 +5,8 @@
 
 enum {
   SIT_OK = 0,
-  SIT_FAILED = -1,             /* a command could not be run to its end, or exited with code 1 */
+  SIT_FAILED = -1,             /* a command could not be run to its end, or exited with code 1; or
+                                a required argument other than the report path is missing */
   SIT_NO_REPORT_PATH = 10000,  /* the report path is null or empty */
   SIT_NOT_FOUND = 10001,       /* no temporary report name, tool output, server directory or
                                 configuration file */

@@ -80,7 +80,7 @@ extern SIT_API char *plistpfname;
  *   10011  the broker properties file is missing or a directory
  *   10012  the plugins file is missing or a directory
  *   10017  the plugins file cannot be opened
- *   10018  the broker properties file could not be copied; EINVAL stands for no destination
+ *   10018  the broker properties file could not be copied; EINVAL stands for a null destination
  * Each tool has a minute; see execcmd. */
 SIT_API int ValidateOB(PHMVER *record, const char *plugins_file, const char *broker, int copy,
                        const char *destination) SIT_NOEXCEPT;
@@ -90,9 +90,9 @@ SIT_API int ValidateOB(PHMVER *record, const char *plugins_file, const char *bro
  * open report. Its brokers' logs are noted under `version`; the types "AP" and "WP" tell of
  * parameter files, too. The output is read in pieces of 254 characters, each of which counts as a
  * line.
- * Returns 0; 10000 without a tool; 10001 when its command is too long, which the report says, or its
- * output cannot be opened; 10015 when the tool cannot find the broker, or its name is too
- * long; 10020 when the tool cannot load a property. */
+ * Returns 0; 10000 without a tool; 10001 when its command is too long, which the report says, or
+ * its output cannot be opened; 10015 when the tool cannot find the broker, or its name is too long;
+ * 10020 when the tool cannot load a property. */
 SIT_API int ValidateOBInstance(const char *version, const char *tool, const char *broker,
                                const char *location, const char *type) SIT_NOEXCEPT;
 
@@ -126,7 +126,7 @@ SIT_API int LogParameterFile(const char *directory, const char *file) SIT_NOEXCE
  *   -1     the record is null
  *   1      memory ran out
  *   10014  the properties file is missing or a directory
- *   10018  it could not be copied; EINVAL stands for no destination
+ *   10018  it could not be copied; EINVAL stands for a null destination
  *   10019  there is no dbconfig; the report does not say so */
 SIT_API int ValidateConMgr(PHMVER *record, const char *properties, int copy,
                            const char *destination) SIT_NOEXCEPT;

@@ -8,7 +8,9 @@
 
 SIT_BEGIN_C
 
-/* How a certificate is listed: tool, store directory, "/", file name. */
+/* How a certificate is listed, a format of msgsub: tool, store directory, "/", file name. The three
+ * words arrive quoted where the shell would interpret them. The host may write another format of at
+ * most 24 characters into it. */
 extern SIT_API char szSSLCTemp[];
 
 /* The stores of a release before 10.0B: one listing per certificate file. */
@@ -18,7 +20,7 @@ SIT_API int LogSecurityInfoPre100B(PHMVER *record) SIT_NOEXCEPT;
 SIT_API int LogSecurityInfo100B(PHMVER *record) SIT_NOEXCEPT;
 
 /* Lists every certificate file (name ending in ".0") of `store` with the tool at `tool`. A command
- * of more than 255 characters is not run; the report says so. */
+ * of more than 255 characters, without what quoting adds, is not run; the report says so. */
 SIT_API int getDirCertInfo(const char *tool, const char *store) SIT_NOEXCEPT;
 
 SIT_END_C

@@ -64,41 +64,47 @@ SIT_API PHMVER *createPHMVER(void) SIT_NOEXCEPT;
 /* Appends `record` to the list whose head is at `list`. */
 SIT_API void addPHMVERToList(PHMVER **list, PHMVER *record) SIT_NOEXCEPT;
 
-/* Discovers the installations into pphm. Returns the messages of that as a new text that the
- * caller frees: empty when they could not be collected, null only when memory runs out.
- * Relies on a temporary file (GetTempFile). */
+/* Discovers the installations into pphm, with the two functions below. Returns the messages of that
+ * as a new text that the caller frees: empty when they could not be collected, null only when
+ * memory runs out. Relies on a temporary file (GetTempFile). */
 SIT_API char *GetPhmVers(void) SIT_NOEXCEPT;
 
-/* Finds the Pelloran installation, makes its record the head of `list` and writes the messages
- * to `output`. */
+/* Finds the Pelloran installation, makes its record the head of `list` and writes the messages to
+ * `output`. The records that the list held before are dropped from it, not freed; without an
+ * installation the list stays as it was. */
 SIT_API void getPelUnixVersions(PHMVER **list, FILE *output) SIT_NOEXCEPT;
 
-/* Finds the Delvon monitoring installation, appends its record to `list` and writes the messages
- * to `output`. */
+/* Finds the Delvon monitoring installation, appends its record to `list` and writes the messages to
+ * `output`. */
 SIT_API void getDelvonUnixVersions(PHMVER **list, FILE *output) SIT_NOEXCEPT;
 
 /* Reads the installation directory of the monitoring product out of its init file into `buffer`,
  * at least 255 bytes. The file is read in pieces of 254 characters, each of which counts as a line.
  * Returns 0 when a non-empty directory was found; the system error number when the file cannot be
- * opened; else 1. */
+ * opened; else 1. On failure the buffer holds an empty text. */
 SIT_API int GetDelvonTarg(const char *init_file, char *buffer) SIT_NOEXCEPT;
 
 /* Fills the version fields of `record` from its version library, else from its version file, and
- * writes the messages to `output`. */
+ * writes the messages to `output`. A `version` that is there already stays. */
 SIT_API void getPelVerInfo(PHMVER *record, FILE *output) SIT_NOEXCEPT;
 
 /* The same from the version library at `path`, which is loaded for the time of the call and runs
- * in this process. A file that is not a whole library is not loaded.
- * Returns 1 when it was loaded, else 0. */
+ * in this process. A file that is not a whole library is not loaded. A full version stays as it was
+ * when the library has no such entry point.
+ * Returns 1 when it was loaded, else 0; the record is then as it was. */
 SIT_API int getPelVerInfoDLL(PHMVER *record, const char *path, FILE *output) SIT_NOEXCEPT;
 
-/* The same from the version file in the record's directory. */
+/* The same from the version file in the record's directory. All numbers become 0 and the
+ * maintenance level empty; the version of a Pelloran installation then gives major and minor.
+ * Without a version in the file `fullVersion` stays as it was. */
 SIT_API void getPelVerInfoFile(PHMVER *record, FILE *output) SIT_NOEXCEPT;
 
-/* Sets major and minor of `record` from a version text such as 10.1B03. */
+/* Sets major and minor of `record` from a version text such as 10.1B03. Without a point both stay
+ * as they were; so does minor when its digits end the text. */
 SIT_API void ParseVerString(const char *version, PHMVER *record) SIT_NOEXCEPT;
 
-/* Removes the patch part of a version text in place: 10.1B03 becomes 10.1B. */
+/* Removes the patch part of a version text in place: 10.1B03 becomes 10.1B. A text without a patch
+ * part stays as it was. */
 SIT_API void RmPatchInfoPHM(char *version) SIT_NOEXCEPT;
 
 /* 1 when `record` belongs to the product selector, else 0. */

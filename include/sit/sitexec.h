@@ -2,7 +2,8 @@
  *
  * Every collection command writes one section into the report at `path` (at most 255 characters)
  * and returns 0 or one of:
- *   10000  the path is null or empty; nothing else has happened
+ *   10000  the path is null or empty; nothing else has happened. Not of GetDelvonFiles, OBCopyFiles
+ *          and RunCommand, for which a null path means something and an empty one cannot be opened
  *   10008  the path is longer than 255 characters
  *   else   the system error number of opening the report or of flushing it at the end
  * `mode` 64 makes a new report with a header; any other value appends. `final` 1 ends the report
@@ -89,18 +90,20 @@ SIT_API int GetVersInfo(const char *path, int mode, int final, int extra) SIT_NO
 
 /* The product configuration of the installation that the version key names: its configuration
  * listing, installer's record and add-ons. `mode` is a bit set as for LogOpen (10007 when it holds
- * neither 64 nor 1024). Returns 0 without a report when there is no installation at all. */
+ * neither 64 nor 1024). Returns 0 without a report when there is no installation at all; when there
+ * is one, but none matches, the report says so. */
 SIT_API int GetPelCFGInfo(const char *path, const char *version_key, int mode, int final,
                           int selector) SIT_NOEXCEPT;
 
-/* A recursive listing of every installation that the version key names. `mode` as for
- * GetPelCFGInfo; the report always gets its end mark. */
+/* A recursive listing of every installation that the version key names. `mode`, no installation at
+ * all and no match as for GetPelCFGInfo; the report always gets its end mark. */
 SIT_API int GetPelInstFiles(const char *path, const char *version_key, int mode, int ignored,
                             int selector) SIT_NOEXCEPT;
 
 /* "Certificates" and, from release 10.0B on, "Keys" of every installation that the version key
- * names, releases up to 8 excepted: each opens the report anew. `mode` as for GetPelCFGInfo; the
- * report always gets its end mark. Returns 0 when no installation matches; the report says so. */
+ * names, releases up to 8 excepted: each opens the report anew, and the last one's result counts.
+ * `mode`, no installation at all and no match (0 in any case) as for GetPelCFGInfo; the report
+ * always gets its end mark. */
 SIT_API int GetPelSecurityLog(const char *path, const char *version_key, int mode, int ignored,
                               int selector) SIT_NOEXCEPT;
 
@@ -149,16 +152,16 @@ SIT_API int OBCopyFiles(const char *path, const char *name, const char *version,
  *   is_library    non-zero: call the entry point, zero: run the command
  *   output_file   report in the folder that receives what the command prints; empty for none
  *   index         report that notes the call and lists the folder afterwards; null for none
- * Returns 0; 10008 when the command or the path of the folder (255 characters) is too long, which
- * the index then says; the codes of opening the index or, for a command, the output report. The
- * working directory is the same afterwards, even if it was removed meanwhile. */
+ * Returns 0; ENAMETOOLONG when the command or the path of the folder (255 characters) is too long,
+ * which the index then says; the codes of opening the index or, for a command, the output report.
+ * The working directory is the same afterwards, even if it was removed meanwhile. */
 SIT_API int RunCommand(const char *command, const char *entry, char is_library, const char *base,
                        const char *capture_name, const char *output_file,
                        const char *index) SIT_NOEXCEPT;
 
 /* Loads the library at `path`, calls its entry point without arguments and unloads it.
- * Returns 0, or 1 when it could not be loaded or has no such entry point; `error` then receives a
- * new text that the caller frees (null when memory ran out). */
+ * Returns 0, or 1 when it could not be loaded or has no such entry point. `error` receives null, in
+ * the latter case a new text that the caller frees (null when memory ran out). */
 SIT_API int ExecDLLFunction(const char *path, const char *entry, char **error) SIT_NOEXCEPT;
 
 SIT_END_C

@@ -48,8 +48,9 @@ SIT_API int CopyEndOfFile(const char *source, const char *destination, int trim,
                           int append) SIT_NOEXCEPT;
 
 /* Writes what "ls -lL" ("ls -lLR" when `recursive` is not 0) prints about `directory` into the
- * open report, or that it does not exist. The command holds at most 255 characters; a longer one
- * is not run, and the report says so. Always returns 0. */
+ * open report, or that it does not exist. The command holds at most 255 characters, the path
+ * between quotes as it stands; a longer one is not run, and the report says so. Always returns 0.
+ */
 SIT_API int ListFiles(const char *directory, int recursive) SIT_NOEXCEPT;
 
 /* Copies `source` to `destination` with the command "cp", unquoted, and writes that, what the
