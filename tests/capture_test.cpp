@@ -19,8 +19,8 @@ class Capturing : public test::SitTest {
   void SetUp() override {
     SitTest::SetUp();
     fs::create_directory(path("cap"));
-    fs::create_directory(path("start"));
-    fs::current_path(path("start"));
+    fs::create_directories(path("host/start"));
+    fs::current_path(path("host/start"));
   }
   void TearDown() override {
     fs::current_path("/");
@@ -40,7 +40,7 @@ class Capturing : public test::SitTest {
 TEST_F(Capturing, CommandWithOutputAndIndex) {
   const std::string index = path("index.txt");
   EXPECT_EQ(run("pwd; echo made > file; exit 3", "out.txt", index.c_str()), 0);
-  EXPECT_EQ(fs::current_path(), path("start"));
+  EXPECT_EQ(fs::current_path(), path("host/start"));
   EXPECT_EQ(content(path("cap/out.txt")), path("cap") + "\n\n==End of Log==\n");
   EXPECT_EQ(read_file(path("cap/file")), "made\n");
   const std::string first =
@@ -51,7 +51,8 @@ TEST_F(Capturing, CommandWithOutputAndIndex) {
 }
 
 TEST_F(Capturing, RelativeIndexMeansOneFile) {
-  const std::string deep = path("start/") + std::string(100, 'd') + "/" + std::string(100, 'd');
+  const std::string deep =
+      path("host/start/") + std::string(100, 'd') + "/" + std::string(100, 'd');
   for (const bool is_deep : {false, true}) {
     if (is_deep) {  // than a path can name
       fs::create_directories(deep + "/" + std::string(100, 'd'));
@@ -90,7 +91,7 @@ TEST_F(Capturing, LibraryEntryPoint) {
     EXPECT_EQ(content(index),
               entry("DLL Entry Point: " + entry_point + "() in " + library + "\n", outcome));
     EXPECT_EQ(fs::exists(path("cap/left")), outcome == done) << library;
-    EXPECT_EQ(fs::current_path(), path("start"));
+    EXPECT_EQ(fs::current_path(), path("host/start"));
   }
   char not_allocated = '?';
   char* error = &not_allocated;
@@ -104,7 +105,7 @@ TEST_F(Capturing, WhatCannotBeOpened) {
   EXPECT_FALSE(fs::exists(path("cap/ran")));
   EXPECT_EQ(content(path("index")), entry("Command: touch ran\nOutput File: cap/no/out.txt\n", ""));
   EXPECT_EQ(RunCommand("echo x", "", 0, path("").c_str(), "missing", "out.txt", nullptr), 0);
-  EXPECT_EQ(content(path("start/out.txt")), "x\n\n==End of Log==\n");
+  EXPECT_EQ(content(path("host/start/out.txt")), "x\n\n==End of Log==\n");
 }
 
 TEST_F(Capturing, TextsBeyondTheirCapacity) {
@@ -125,9 +126,9 @@ TEST_F(Capturing, TextsBeyondTheirCapacity) {
 }
 
 TEST_F(Capturing, WorkingDirectoryRemovedMeanwhile) {
-  const std::string remove = "rmdir " + path("start");
+  const std::string remove = "rmdir " + path("host/start");
   EXPECT_EQ(run(remove.c_str(), "o", nullptr), 0);
-  EXPECT_FALSE(fs::exists(path("start")));
+  EXPECT_FALSE(fs::exists(path("host/start")));
   char buffer[256];
   EXPECT_EQ(::getcwd(buffer, sizeof buffer), nullptr) << "still there, and gone";
   EXPECT_EQ(run("true", "o", "index.txt"), ENOENT);

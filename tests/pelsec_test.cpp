@@ -116,6 +116,8 @@ TEST_F(Security, CommandBeyondItsCapacity) {
   write_file(dir() + "/certs/x", "");
   write_file(dir() + "/bin/certutil", "");
   EXPECT_NE(report().find("\n\nERROR: The command of "), std::string::npos);
+  move_to("/" + std::string(244, 'd'));
+  EXPECT_EQ(report().find("ERROR"), std::string::npos) << "without a store no tool is looked for";
 }
 
 TEST_F(Security, ResultCodes) {
