@@ -1,6 +1,5 @@
 #include "collect.h"
 
-#include <pwd.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -31,9 +30,10 @@ std::string host_name() {
                                                                              : "machine";
 }
 
-std::string user_name() {
-  const passwd* user = ::getpwuid(::geteuid());
-  return user == nullptr ? "user " + std::to_string(::geteuid()) : user->pw_name;
+std::string user_name(const Glance& glance) {
+  const char* variable = std::getenv("USER");
+  if (!glance.user.empty() || variable == nullptr) return glance.user;
+  return variable;
 }
 
 std::string folder_name(const CollectOptions& options, std::time_t now) {
@@ -46,7 +46,7 @@ std::string folder_name(const CollectOptions& options, std::time_t now) {
 }
 
 // What the user's variables say of paths, told from the root: workers live in another folder.
-Environment environment_of_user() {
+Environment absolute_environment() {
   Environment environment;
   for (const char* name : {"PHM", "DELVONINIT", "PELCFG", "WRKDIR", "JREHOME", "JAVA_HOME"}) {
     const char* value = std::getenv(name);
@@ -60,13 +60,13 @@ Environment environment_of_user() {
 std::vector<Environment> environments_of(const CollectOptions& options) {
   std::vector<Environment> environments;
   for (const std::string& directory : options.installations) {
-    Environment environment = environment_of_user();
+    Environment environment = absolute_environment();
     environment["PHM"] = std::filesystem::absolute(directory).string();
     // The monitoring product belongs to the first one.
     if (!environments.empty()) environment["DELVONINIT"] = std::nullopt;
     environments.push_back(environment);
   }
-  if (environments.empty()) environments.push_back(environment_of_user());
+  if (environments.empty()) environments.push_back(absolute_environment());
   if (!options.monitoring.empty()) {
     environments[0]["DELVONINIT"] = std::filesystem::absolute(options.monitoring).string();
   }
@@ -86,8 +86,9 @@ class Collecting {
   explicit Collecting(const CollectOptions& options)
       : options_(options),
         progress_(options.progress),
-        folder_(options.output, folder_name(options, started_)),
-        supervisor_(options.settings, folder_, options.limits, progress_),
+        folder_(options.lists_steps ? std::filesystem::temp_directory_path() : options.output,
+                folder_name(options, started_)),
+        supervisor_(options.settings, signals_, folder_, options.limits, progress_),
         environments_(environments_of(options)),
         machine_{.environment = environments_[0], .is_independent = true} {}
 
@@ -100,10 +101,12 @@ class Collecting {
         return kComplete;
       }
       supervisor_.run_all_but("");
-    } catch (const Failure&) {
+    } catch (const Failure&) {  // there is nothing to bring home
       supervisor_.finish();
       folder_.remove_all();
       throw;
+    } catch (const std::exception& error) {
+      supervisor_.give_up(std::string("sit itself failed: ") + error.what(), RowOutcome::kFailed);
     }
     supervisor_.finish();
     return finish();
@@ -121,7 +124,10 @@ class Collecting {
     supervisor_.run_all_but(glance.id);
     take_installations();
     subjects_ = subjects_of(machine_, installations_, options_.wishes);
-    if (is_discovered_) check(options_.selection, subjects_);
+    if (is_discovered_) {
+      check(options_.selection, subjects_);
+      check_chosen(options_.selection, subjects_, installations_);
+    }
     select(subjects_, options_.selection);
     if (options_.lists_steps) return;
     for (const Subject& subject : subjects_) supervisor_.add(subject);
@@ -134,7 +140,7 @@ class Collecting {
     constexpr off_t kLeast = 16 << 10;
     const Room room(folder_.descriptor());
     const auto left = static_cast<off_t>(std::min<std::uint64_t>(room.bytes, INT64_MAX));
-    if (room.is_short() || left < kLeast) {
+    if (room.is_short_for(0) || left < kLeast) {
       throw Failure("no space left on " + file_system_of(folder_.descriptor()));
     }
     summary_.emplace(folder_, "summary.txt", std::min(kSummary, left / 8));
@@ -156,7 +162,6 @@ class Collecting {
       const auto& found = supervisor_.found(sought_[i]);
       is_discovered_ = is_discovered_ && found.has_value();
       if (!found) continue;
-      plugin_version_ = found->plugin_version;
       if (machine_.is_independent && !found->installations.empty()) {
         machine_ = {.environment = environments_[i], .is_independent = false};
       }
@@ -187,10 +192,10 @@ class Collecting {
 
   int finish() {
     Collection collection{.tool_version = SIT_VERSION,
-                          .plugin_version = plugin_version_,
+                          .plugin_version = supervisor_.plugin_version(),
                           .label = options_.label,
                           .host = host_name(),
-                          .user = user_name(),
+                          .user = user_name(supervisor_.glance()),
                           .is_root = ::geteuid() == 0,
                           .options = options_.as_given,
                           .started = started_,
@@ -200,19 +205,22 @@ class Collecting {
                           .rows = supervisor_.rows(),
                           .commands = supervisor_.ended(),
                           .glance = supervisor_.glance()};
+    if (!folder_.is_there()) throw Failure("somebody has removed " + folder_.path().string());
     const std::vector<Problem> problems = problems_of(collection);
-    const bool is_written =
-        summary_->write(summary_of(collection, problems)) && write_manifest(collection, problems);
+    bool is_written = summary_->write(summary_of(collection, problems));
+    is_written = write_manifest(collection, problems) && is_written;
     folder_.remove_temporary();
-    const int status = is_written && collection.is_complete() ? kComplete : kPartial;
+    folder_.tidy_names();
     tell(collection, problems, is_written);
-    progress_.end(status, folder_.path().string());
-    std::cout << printable(folder_.path().string()) << "\n" << std::flush;
-    return status;
+    std::cout << without_controls(folder_.path().string()) << "\n" << std::flush;
+    if (!std::cout) progress_.say("Standard output does not take the path of the collection");
+    const bool is_complete = is_written && collection.is_complete() && std::cout;
+    progress_.end(is_complete ? kComplete : kPartial, folder_.path().string());
+    return is_complete ? kComplete : kPartial;
   }
 
   [[nodiscard]] bool write_manifest(const Collection& collection,
-                                    const std::vector<Problem>& problems) const {
+                                    const std::vector<Problem>& problems) {
     constexpr std::array kDetails{Detail::kReadable, Detail::kDense, Detail::kRowsOnly};
     return std::any_of(kDetails.begin(), kDetails.end(), [&](Detail detail) {
       return manifest_->write(manifest_of(collection, problems, detail));
@@ -229,16 +237,18 @@ class Collecting {
       progress_.say("  and " + std::to_string(problems.size() - kMostProblems) + " more");
     }
     if (!is_written) {
-      progress_.say("Summary or manifest could not be written: no space left on " +
+      const int error = std::max(summary_->error(), manifest_->error());
+      progress_.say("Summary or manifest could not be written: " + error_text(error) + ", on " +
                     file_system_of(folder_.descriptor()));
     }
-    progress_.say(verdict_of(collection) + ". Read summary.txt first.");
+    progress_.say(verdict_of(collection) + (is_written ? ". Read summary.txt first." : "."));
   }
 
   const CollectOptions& options_;
   std::time_t started_ = std::time(nullptr);
   Clock::time_point start_ = Clock::now();
   Progress progress_;
+  SignalWatch signals_;  // before there is anything to leave behind
   OutputFolder folder_;
   Supervisor supervisor_;
   std::vector<Environment> environments_;
@@ -246,7 +256,6 @@ class Collecting {
   Machine machine_;
   std::vector<std::string> sought_;  // ids of the discoveries
   bool is_discovered_ = true;
-  std::string plugin_version_;
   std::vector<Subject> subjects_;
   std::optional<ReservedFile> summary_;
   std::optional<ReservedFile> manifest_;

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "run/signal_watch.h"
 #include "run/supervisor.h"
 #include "steps/selection.h"
 #include "steps/steps.h"

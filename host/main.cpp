@@ -1,10 +1,14 @@
 // sit: the host program that runs the diagnostic plug-in.
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <exception>
+#include <functional>
 #include <iostream>
 #include <optional>
 #include <string>
@@ -74,10 +78,20 @@ void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
   }
 }
 
+// Refuses what is no number of seconds up to the longest.
+std::function<std::string(const std::string&)> seconds_up_to(double longest) {
+  return [longest](const std::string& text) {
+    constexpr double kShortest = 0.1;
+    double seconds = 0;
+    const bool is_number = CLI::detail::lexical_cast(text, seconds);
+    if (is_number && seconds >= kShortest && seconds <= longest) return std::string();
+    return "\"" + text + "\" is no number from 0.1 to " + std::to_string(std::lround(longest));
+  };
+}
+
 void describe_how(CLI::App& collect, CommandLine& line) {
   host::CollectOptions& options = line.collect;
   constexpr double kLongestCommand = 59;  // the plug-in itself gives up after a minute
-  constexpr double kShortest = 0.1;
   constexpr double kLongestRun = 1e6;
   constexpr std::size_t kMostJobs = 64;
   add_plugin_option(collect, line);
@@ -89,11 +103,11 @@ void describe_how(CLI::App& collect, CommandLine& line) {
       .add_option("--command-limit", options.limits.command,
                   "how long a command may take (default: 55)")
       ->type_name("SECONDS")
-      ->check(CLI::Range(kShortest, kLongestCommand));
+      ->check(seconds_up_to(kLongestCommand));
   collect
       .add_option("--time-limit", options.limits.run, "how long all may take (default: any time)")
       ->type_name("SECONDS")
-      ->check(CLI::Range(kShortest, kLongestRun));
+      ->check(seconds_up_to(kLongestRun));
   collect.add_option("--jobs", options.limits.jobs, "subjects at once (default: cores, at most 4)")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, kMostJobs));
@@ -132,6 +146,11 @@ std::pair<std::string, std::string> pair_of(const std::string& text) {
 }
 
 void complete(CommandLine& line) {
+  const std::vector<std::string>& installations = line.collect.installations;
+  if (line.collect.output.empty() ||
+      std::find(installations.begin(), installations.end(), "") != installations.end()) {
+    throw host::UsageError("--output and --installation want the name of a folder");
+  }
   for (const std::string& text : line.netscape) {
     line.collect.wishes.netscape.push_back(pair_of(text));
   }
@@ -156,7 +175,8 @@ int run_chosen(const CLI::App& app, CommandLine& line) {
   }
   const host::Plugin plugin(path, host::plugin_names());
   if (line.version) {
-    std::cout << "sit " << *host::find_entry("GetAPIVersion").call(plugin, {}).text << "\n";
+    std::cout << "sit " << host::find_entry("GetAPIVersion").call(plugin, {}).text.value_or("?")
+              << "\n";
     return 0;
   }
   const auto set = [&plugin](const std::string& name) {
@@ -195,8 +215,13 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   constexpr mode_t kOwnerOnlyMask = 0077;
+  // A file of ours must never be opened in the place of a closed standard stream.
+  int fd = ::open("/dev/null", O_RDWR);
+  while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
+  if (fd > STDERR_FILENO) ::close(fd);
   ::umask(kOwnerOnlyMask);  // reports hold secrets
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
+  static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   try {
     return run(argc, argv);
   } catch (...) {

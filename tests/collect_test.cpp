@@ -167,7 +167,9 @@ TEST_F(Collect, StepsAreChosenByTheirIds) {
   const std::pair<std::string, std::string> refused[] = {
       {"--only sytem", "no step \"sytem\"; did you mean \"system\"?"},
       {"--skip 10.1B/fils", "no step \"10.1B/fils\"; did you mean \"10.1B/files\"?"},
-      {"--command-limit 60", "--command-limit: Value 60 not in range"},
+      {"--command-limit 60", "--command-limit: \"60\" is no number from 0.1 to 59"},
+      {"--command-limit nan", "is no number"},
+      {"--only apache", "no step \"apache\": only with --apache"},
       {"--jobs 0", "--jobs: Value 0 not in range"},
       {"--progress loud", "--progress is auto, plain or json, not \"loud\""},
       {"--capture-library /lib.so", "--capture-library takes PATH,ENTRY"}};
@@ -194,7 +196,7 @@ TEST_F(Collect, ProgressSuitsWhereItGoes) {
         .output;
   };
   const std::string live = on_terminal("xterm");
-  EXPECT_NE(live.find("\r\033[K0 of 1: Output of sleep 1 # ?]0;x? (0 s)"), std::string::npos)
+  EXPECT_NE(live.find("\r\033[K0 of 1: (0 s) Output of sleep 1 # ?]0;x?"), std::string::npos)
       << live;
   const std::string plain_text = on_terminal("dumb");
   EXPECT_EQ(plain_text.find('\033'), std::string::npos) << plain_text;

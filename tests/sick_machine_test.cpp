@@ -26,7 +26,7 @@ class SickMachine : public test::CollectTest {
     fs::create_directories(path("pel/bin"));
     fs::copy_file(SICK_LIBRARY, path("pel/bin/versioninfo.dll"));
     // A tool that hangs and will not be asked to end.
-    test::make_tool(path("bin/ipcs"), "trap '' TERM\nwhile :; do sleep 0.1; done");
+    test::make_tool(path("bin/ipcs"), "trap '' TERM\nfor i in $(seq 300); do sleep 0.1; done");
     sleep_ = "sleep 777." + std::to_string(::getpid());
   }
   void TearDown() override {
@@ -64,7 +64,7 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
     }
     fs::remove_all(path("out"));
     const Collected in_a_row = collect(
-        "--only library --only capture --command-limit 1 "
+        "--only library --command-limit 1 "
         "--capture-library " SICK_LIBRARY
         ",fall_sick "
         "--capture-library " CAPTURED_LIBRARY ",leave_a_file",
@@ -78,6 +78,17 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
     EXPECT_TRUE(fs::exists(in_a_row.folder / "library-2/left"));
     fs::remove_all(path("out"));
   }
+}
+
+TEST_F(SickMachine, RowsDoNotFeelWhatOthersHaveDoneToTheirWorker) {
+  const Collected made = collect("--only library --capture-library " SICK_LIBRARY
+                                 ",fall_sick "
+                                 "--capture-library " CAPTURED_LIBRARY ",leave_a_file",
+                                 "export SICKNESS=stray");
+  EXPECT_EQ(made.status, 0) << made.said;
+  struct stat status {};
+  ASSERT_EQ(::stat((made.folder / "library-2/left").c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777U, 0600U);
 }
 
 TEST_F(SickMachine, HungToolCostsItsLimitOnce) {
@@ -95,9 +106,8 @@ TEST_F(SickMachine, HungToolCostsItsLimitOnce) {
   EXPECT_EQ(commands,
             "ipcs -s, killed, system\nipcs -sa, killed, system\n"
             "ipcs -m, killed, system\nipcs -ma, killed, system\n");
-  EXPECT_NE(
-      made.summary.find("Semaphore Information: timed out, \"ipcs -s\" was ended after 1.5 s"),
-      std::string::npos)
+  EXPECT_NE(made.summary.find("Semaphore Information: timed out, \"ipcs -s\" took more than 1.5 s"),
+            std::string::npos)
       << made.summary;
   EXPECT_NE(read_file(made.folder / "system.txt").find("\nProcess Listing\n"), std::string::npos);
 }
@@ -109,7 +119,7 @@ TEST_F(SickMachine, CommandsThatDoNotEndOrStayBehind) {
                                  "--capture 'kill -9 $$' --capture 'echo x > /dev/tty'");
   EXPECT_EQ(made.status, 1);
   const std::pair<std::string, std::string> expected[] = {
-      {"timed out", "\"echo before; " + sleep_ + "\" was ended after 1 s"},
+      {"timed out", "\"echo before; " + sleep_ + "\" took more than 1 s"},
       {"ok", ""},
       {"ok", "exit status 3"},
       {"failed", "exit status 127"},
@@ -129,6 +139,10 @@ TEST_F(SickMachine, CommandsThatDoNotEndOrStayBehind) {
 TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
   const std::string work = "--jobs 1 --skip system --capture 'echo done' --capture '" + sleep_ +
                            "' --capture 'echo never'";
+  const Collected hung = collect(installation() + "--time-limit 1", "export SICKNESS=hang");
+  EXPECT_EQ(hung.outcome("discovery"), "timed out");
+  EXPECT_EQ(hung.outcome("environment"), "skipped") << "what was not known of yet is in it, too";
+  fs::remove_all(path("out"));
   struct Case {
     std::string options;
     std::string before;
@@ -154,6 +168,41 @@ TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
   }
 }
 
+TEST_F(SickMachine, HostOfAnyStateCollectsAndLeavesOthersAlone) {
+  // Started with a child that it does not know, SIGCHLD ignored and a standard stream closed; and
+  // not to be ended by SIGHUP.
+  test::make_tool(path("start"), sleep_ + " > /dev/null 2>&1 & echo $! > " + path("stranger") +
+                                     "\n(sleep 0.5; kill -HUP $$) > /dev/null 2>&1 &\n"
+                                     "trap '' HUP CHLD\nexec \"$@\" <&-");
+  const Collected made = collect("--only environment --only capture --capture 'sleep 1'",
+                                 "exec " + path("start") + " \\");
+  EXPECT_EQ(made.status, 0) << made.said;
+  EXPECT_EQ(run("kill $(cat " + path("stranger") + ")").status, 0) << "still there";
+}
+
+TEST_F(SickMachine, WhatFailsInAReportIsTold) {
+  static_cast<void>(sample_options("--healthy"));
+  const std::string pel = sample() + "/pel/";
+  test::make_tool(pel + "bin/certutil", "exit 3");
+  test::make_tool(pel + "bin/dbconfig", "kill -SEGV $$");
+  test::make_tool(pel + "bin/apconfig", "echo '  (8287) Cannot load property x of orders'");
+  test::write_file(pel + "installd.ini", "ERROR: this is no error\nCannot be one\n");
+  const Collected made = collect(
+      "--only configuration --only security --only validation "
+      "--only library --installation " +
+      pel + " --capture-library " SICK_LIBRARY ",nosuchentry");
+  const std::pair<const char*, std::string> expected[] = {
+      {"10.1B/configuration", ""},
+      {"10.1B/security", "Certificates incomplete"},
+      {"10.1B/validation",
+       "Validation of Connection Manager properties file incomplete; result 10016, a validation "
+       "failed or could not be made"},
+      {"library-1", "DLL failed: " SICK_LIBRARY ": undefined symbol: nosuchentry"}};
+  for (const auto& [row, why] : expected) EXPECT_EQ(made.why(row), why);
+  EXPECT_NE(made.summary.find("a command ended with exit status 3\n"), std::string::npos)
+      << made.summary;
+}
+
 TEST_F(SickMachine, ClosedPipeLosesNothing) {
   const Ran ran = run(HOST " collect --only environment --output " + path("out") + " 2>&1 | true");
   static_cast<void>(ran);
@@ -171,23 +220,24 @@ bool mount_small(const std::string& where, const std::string& size) {
 }
 
 TEST_F(SickMachine, FullDiskIsToldWhereTextWasLost) {
-  if (!mount_small(path("out"), "140k")) GTEST_SKIP() << "needs a mount namespace";
-  test::make_tool(path("bin/sysctl"), "yes 'a kernel setting' | head -c 90000");
+  if (!mount_small(path("out"), "400k")) GTEST_SKIP() << "needs a mount namespace";
+  test::make_tool(path("bin/ps"), "yes 'a process among many' | head -c 390000");
+  test::make_tool(path("bin/sysctl"), "yes 'a setting; the next sysctl is asked' | head -c 390000");
   const std::string no_space = "no space left on " + path("out") + " (tmpfs)";
   const Collected made = collect("--jobs 1", with_hung_tool() + "; rm " + path("bin/ipcs"));
   EXPECT_EQ(made.status, 1);
-  EXPECT_EQ(made.why("system"), "Kernel Settings incomplete");
+  EXPECT_EQ(made.why("system"), "Process Listing incomplete");
   EXPECT_NE(made.said.find(no_space), std::string::npos) << made.said;
   const auto sections = made.row("system").at("sections");
   for (const auto& section : sections) {
-    const bool is_lost = section.at("title") == "Kernel Settings";
+    const bool is_lost = section.at("title") == "Process Listing";
     EXPECT_EQ(section.at("why") == no_space, is_lost) << section;
   }
   EXPECT_EQ(made.outcome("environment"), "ok");
   fs::remove_all(made.folder);
 
   const std::string filler = path("out/filler");
-  const Collected none = collect("", "head -c 138k /dev/zero > " + filler);
+  const Collected none = collect("", "head -c 398k /dev/zero > " + filler);
   EXPECT_EQ(none.status, 3);
   EXPECT_EQ(none.said, "sit: " + no_space + "\n");
   EXPECT_EQ(run("ls -A " + path("out")).output, "filler\n") << "nothing half made";

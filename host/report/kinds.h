@@ -40,8 +40,9 @@ struct ReportKind {
   std::vector<LineRule> rules;
   std::vector<BlockRule> blocks;
   bool has_end_mark = true;
-  bool has_all_titles = false;  // in every report of the kind
-  bool is_output = false;       // of a command of the user's: nothing in it is looked at
+  bool has_all_titles = false;      // in every report of the kind
+  bool fails_with_command = false;  // a command that fails leaves a section incomplete
+  bool is_output = false;           // of a command of the user's: nothing in it is looked at
 };
 
 [[nodiscard]] const ReportKind& versions_report();
@@ -54,6 +55,7 @@ struct ReportKind {
 [[nodiscard]] const ReportKind& messages_report();
 [[nodiscard]] const ReportKind& netscape_report();
 [[nodiscard]] const ReportKind& apache_report();
+[[nodiscard]] const ReportKind& library_report();
 [[nodiscard]] const ReportKind& output_report();
 
 }  // namespace host

@@ -7,6 +7,8 @@
 #include <array>
 #include <map>
 #include <optional>
+#include <sstream>
+#include <utility>
 
 #include "support/text.h"
 
@@ -15,7 +17,7 @@ namespace {
 
 constexpr std::size_t kHeld = 256;
 constexpr std::size_t kMostSections = 1000;
-constexpr std::size_t kMostFindings = 1000;
+constexpr std::size_t kMostFindings = 500;  // of a kind
 constexpr std::string_view kEndMark = "==End of Log==";
 constexpr std::size_t kHeaderRule = 80;
 constexpr std::size_t kHeaderLines = 12;
@@ -43,27 +45,28 @@ std::string replaced(std::string text, std::string_view what, std::string_view b
 }
 
 std::optional<std::time_t> time_of(const std::string& date) {
-  for (const char* form : {"%Y-%m-%d", "%b %d %H:%M:%S %Y"}) {
+  constexpr std::time_t kWholeDay = 24L * 60 * 60 - 1;  // a day without a time ends with itself
+  constexpr std::pair<const char*, std::time_t> kForms[] = {{"%Y-%m-%d", kWholeDay},
+                                                            {"%b %d %H:%M:%S %Y", 0}};
+  for (const auto& [form, more] : kForms) {
     std::tm time{};
-    if (::strptime(date.c_str(), form, &time) != nullptr) return ::timegm(&time);
+    if (::strptime(date.c_str(), form, &time) != nullptr) return ::timegm(&time) + more;
   }
   return std::nullopt;
 }
 
-// Whether this machine has the program that a command begins with.
+// Whether this machine has the program that a command begins with, wherever programs usually are.
 bool is_here(std::string_view command) {
   const std::string program(command.substr(0, command.find(' ')));
   if (program.find('/') != std::string::npos) return ::access(program.c_str(), X_OK) == 0;
+  if (program == "ulimit") return true;  // the shell's own
   const char* variable = std::getenv("PATH");
-  std::string_view path = variable == nullptr ? "/usr/bin:/bin" : variable;
-  while (!path.empty()) {
-    const std::size_t end = std::min(path.find(':'), path.size());
-    const std::string file = std::string(path.substr(0, end)) + "/" + program;
-    if (::access(file.c_str(), X_OK) == 0) return true;
-    path.remove_prefix(std::min(end + 1, path.size()));
+  std::istringstream path((variable == nullptr ? "" : variable) +
+                          std::string(":/usr/bin:/bin:/usr/sbin:/sbin"));
+  for (std::string folder; std::getline(path, folder, ':');) {
+    if (::access((folder + "/" + program).c_str(), X_OK) == 0) return true;
   }
-  constexpr std::array<std::string_view, 2> kOfTheShell{"ulimit", "set"};
-  return std::find(kOfTheShell.begin(), kOfTheShell.end(), program) != kOfTheShell.end();
+  return false;
 }
 
 }  // namespace
@@ -218,16 +221,24 @@ void Report::apply(const LineRule& rule, const std::string& captured) {
     case Sign::kWrong:
       break;
   }
-  if (findings_.size() < kMostFindings) {
-    findings_.push_back({previous_.number, rule.sign, std::move(words)});
-  }
+  is_out_of_space_ = is_out_of_space_ || previous_.start.ends_with(" = 28");
+  add_finding(rule.sign, words);
+}
+
+void Report::add_finding(Sign sign, const std::string& text, int days) {
+  ++sections_.back().findings;
+  const std::size_t count = ++found_[sign];
+  if (count > kMostFindings) return;
+  findings_.push_back({previous_.number, sign,
+                       count < kMostFindings ? text : "There are more lines like those above",
+                       days});
 }
 
 void Report::add_ending(const LineRule& rule, const std::string& date) {
   constexpr std::time_t kDay = 24L * 60 * 60;
   constexpr int kSoon = 60;
   const auto end = time_of(date);
-  if (!end || findings_.size() >= kMostFindings) return;
+  if (!end) return;
   const auto days = static_cast<int>((*end - now_ + kDay / 2) / kDay);
   if (days > kSoon) return;
   std::array<char, 16> day{};
@@ -235,12 +246,10 @@ void Report::add_ending(const LineRule& rule, const std::string& date) {
   ::gmtime_r(&*end, &time);
   static_cast<void>(std::strftime(day.data(), day.size(), "%Y-%m-%d", &time));
   const bool has_ended = *end < now_;
-  const std::string when = has_ended
-                               ? " ended on " + std::string(day.data())
-                               : " ends in " + counted(static_cast<std::size_t>(days), "day") +
-                                     ", on " + std::string(day.data());
-  findings_.push_back(
-      {previous_.number, Sign::kEnds, rule.words + when, days - (has_ended ? 1 : 0)});
+  const std::string when =
+      has_ended ? " ended on "
+                : " ends in " + counted(static_cast<std::size_t>(days), "day") + ", on ";
+  add_finding(Sign::kEnds, rule.words + when + day.data(), days - (has_ended ? 1 : 0));
 }
 
 void Report::begin_block() {
@@ -313,11 +322,13 @@ void Report::judge(SectionOutcome outcome, const std::string& why, std::size_t l
   section.why_line = line;
 }
 
-void Report::note(std::uint64_t offset, SectionOutcome outcome, const std::string& why) {
+void Report::note(std::uint64_t offset, SectionOutcome outcome, const std::string& why,
+                  Weight weight) {
   const bool is_known = std::any_of(events_.begin(), events_.end(), [&](const Event& event) {
     return event.offset == offset && event.outcome == outcome;
   });
-  if (!is_known && events_.size() < kMostFindings) events_.push_back({offset, outcome, why});
+  if (!is_known && events_.size() < kMostFindings)
+    events_.push_back({offset, outcome, why, weight});
 }
 
 void Report::finish(const std::string& no_space) {
@@ -333,13 +344,15 @@ void Report::apply(const Event& event) {
   const auto after = std::find_if(sections_.begin() + 1, sections_.end(),
                                   [&](const Section& s) { return s.offset >= event.offset; });
   Section& section = *(after - 1);
-  // A command that timed out counts only where no other took its place.
-  const bool is_made_up = event.outcome == SectionOutcome::kTimedOut &&
-                          section.outcome == SectionOutcome::kOk &&
-                          section.output_offset >= event.offset;
-  const bool is_worse =
-      event.outcome > section.outcome || event.outcome == SectionOutcome::kIncomplete;
-  if (is_made_up || !is_worse) return;
+  const bool is_ok = section.outcome == SectionOutcome::kOk;
+  const bool is_replaced =
+      event.weight != Weight::kAlways && is_ok && section.output_offset >= event.offset;
+  const bool is_told = event.weight == Weight::kAlone && section.findings > 0;
+  // That there was no room explains whatever else is wrong but what came from outside.
+  const bool explains = event.outcome == SectionOutcome::kIncomplete &&
+                        event.weight != Weight::kAlone &&
+                        section.outcome < SectionOutcome::kTimedOut;
+  if (is_replaced || is_told || !(event.outcome > section.outcome || explains)) return;
   section.outcome = event.outcome;
   section.why = event.why;
   section.why_line = 0;

@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <ctime>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -28,10 +29,18 @@ struct Section {
   std::uint64_t offset = 0;  // of its title in the file
   SectionOutcome outcome = SectionOutcome::kOk;
   std::string why = {};
-  std::size_t why_line = 0;             // the finding that tells why; 0 where it is none
-  std::size_t content = 0;              // lines that are not blank
+  std::size_t why_line = 0;  // the finding that tells why; 0 where it is none
+  std::size_t content = 0;   // lines that are not blank
+  std::size_t findings = 0;
   std::uint64_t output_offset = 0;      // of what a command printed
   std::vector<std::string> tried = {};  // commands of which none succeeded
+};
+
+// When what happened to a writer counts.
+enum class Weight {
+  kAlways,
+  kUnlessReplaced,  // by another command of a section's list
+  kAlone            // in a section that tells of nothing wrong itself
 };
 
 // A line that tells of something missing or wrong.
@@ -53,13 +62,15 @@ class Report {
   void finish(const std::string& no_space);
 
   // The writer was at this place of the file when something happened to it.
-  void note(std::uint64_t offset, SectionOutcome outcome, const std::string& why);
+  void note(std::uint64_t offset, SectionOutcome outcome, const std::string& why,
+            Weight weight = Weight::kAlways);
 
   [[nodiscard]] const std::string& current_title() const { return sections_.back().title; }
   [[nodiscard]] const std::vector<Section>& sections() const { return sections_; }
   [[nodiscard]] const std::vector<Finding>& findings() const { return findings_; }
   [[nodiscard]] std::size_t denied() const { return denied_; }
   [[nodiscard]] std::uint64_t size() const { return offset_; }
+  [[nodiscard]] bool is_out_of_space() const { return is_out_of_space_; }
   [[nodiscard]] bool has_end_mark() const { return has_end_mark_; }
 
  private:
@@ -74,6 +85,7 @@ class Report {
     std::uint64_t offset;
     SectionOutcome outcome;
     std::string why;
+    Weight weight;
   };
 
   void take(std::string_view bytes);
@@ -81,6 +93,7 @@ class Report {
   void read_content();
   void classify();
   void apply(const LineRule& rule, const std::string& captured);
+  void add_finding(Sign sign, const std::string& text, int days = 0);
   void add_ending(const LineRule& rule, const std::string& date);
   void begin_block();
   void end_block();
@@ -109,6 +122,8 @@ class Report {
   bool in_header_ = true;
   bool in_output_ = false;
   bool has_end_mark_ = false;
+  bool is_out_of_space_ = false;
+  std::map<Sign, std::size_t> found_;
   std::size_t denied_ = 0;
   std::uint64_t offset_ = 0;
 };

@@ -66,15 +66,14 @@ class Problems {
   void add(Problem problem) { all_.push_back(std::move(problem)); }
 
   void add_row(const Row& row) {
-    const std::size_t before = all_.size();
     if (row.report != nullptr && row.bytes > 0) add_report(row);
-    // A partial row is told of by its parts, if they tell.
-    const bool is_told = row.outcome == RowOutcome::kPartial && all_.size() > before;
-    if (is_fault(row.outcome) && !is_told) {
-      add({rank_of(row.outcome),
-           row.step.title + ": " + text_of(row.outcome) + (row.why.empty() ? "" : ", " + row.why),
-           row.bytes > 0 ? row.step.file : ""});
-    }
+    // The sections of a partial row tell of themselves.
+    const bool is_partial = row.outcome == RowOutcome::kPartial && row.report != nullptr;
+    const std::string& why = is_partial ? row.own_faults : row.why;
+    if (!is_fault(row.outcome) || (is_partial && why.empty())) return;
+    add({rank_of(row.outcome),
+         row.step.title + ": " + text_of(row.outcome) + (why.empty() ? "" : ", " + why),
+         row.bytes > 0 ? row.step.file : ""});
   }
 
   std::vector<Problem> take() {

@@ -1,11 +1,12 @@
 #include "result/progress.h"
 
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <cstdlib>
-#include <iostream>
 #include <nlohmann/json.hpp>
 
 #include "support/failure.h"
@@ -16,7 +17,7 @@ namespace {
 
 using nlohmann::json;
 
-constexpr const char* kClearLine = "\r\033[K";
+const std::string kClearLine = "\r\033[K";
 
 std::size_t terminal_width() {
   constexpr std::size_t kUsual = 80;
@@ -41,8 +42,19 @@ std::string whole_seconds(double seconds) {
   return std::to_string(static_cast<long>(seconds)) + " s";
 }
 
-void print(const json& object) {
-  std::cerr << object.dump(-1, ' ', false, json::error_handler_t::replace) << "\n" << std::flush;
+std::string line_of(const json& object) {
+  return object.dump(-1, ' ', false, json::error_handler_t::replace) + "\n";
+}
+
+// Whether a block can be written to standard error without waiting for whoever reads it.
+bool is_writable() {
+  pollfd watched{STDERR_FILENO, POLLOUT, 0};
+  return ::poll(&watched, 1, 0) == 1 && (watched.revents & POLLOUT) != 0;
+}
+
+// The row's section where it has any, else what it is about.
+std::string place_of(const Progress::Running& row) {
+  return row.section.empty() ? row.title : row.id + ": " + row.section;
 }
 
 }  // namespace
@@ -50,17 +62,24 @@ void print(const json& object) {
 Progress::Progress(const std::string& form) : form_(form_of(form)) {}
 
 void Progress::erase() {
-  if (is_drawn_) std::cerr << kClearLine << std::flush;
+  if (is_drawn_) print(kClearLine);
   is_drawn_ = false;
+}
+
+// What nobody reads is dropped: the collection waits for no reader.
+void Progress::print(const std::string& text) {
+  for (std::size_t done = 0; done < text.size();) {
+    const std::size_t size = std::min<std::size_t>(text.size() - done, PIPE_BUF);
+    const ssize_t written = is_writable() ? ::write(STDERR_FILENO, &text[done], size) : -1;
+    if (written <= 0) return;
+    done += static_cast<std::size_t>(written);
+  }
 }
 
 void Progress::say(const std::string& text) {
   erase();
-  if (form_ == Form::kJson) {
-    print({{"event", "message"}, {"text", text}});
-  } else {
-    std::cerr << printable(text) << "\n" << std::flush;
-  }
+  print(form_ == Form::kJson ? line_of({{"event", "message"}, {"text", text}})
+                             : printable(text) + "\n");
 }
 
 void Progress::show(const std::vector<Running>& running) {
@@ -77,7 +96,7 @@ void Progress::show(const std::vector<Running>& running) {
       rows.back()["command"] = {
           {"command", row.command}, {"seconds", row.command_seconds}, {"limit", row.command_limit}};
     }
-    print({{"event", "running"}, {"done", done_}, {"of", rows_}, {"rows", rows}});
+    print(line_of({{"event", "running"}, {"done", done_}, {"of", rows_}, {"rows", rows}}));
   }
   if (form_ != Form::kLive) return;
   // Where several are at work, the one that holds the run up.
@@ -85,29 +104,28 @@ void Progress::show(const std::vector<Running>& running) {
       *std::max_element(running.begin(), running.end(), [](const Running& a, const Running& b) {
         return std::pair(a.command_seconds, a.seconds) < std::pair(b.command_seconds, b.seconds);
       });
-  std::string line = std::to_string(done_) + " of " + std::to_string(rows_) + ": " + row.title;
-  if (!row.section.empty()) line += ": " + row.section;
-  line += " (" + whole_seconds(row.seconds) + ")";
-  if (!row.command.empty()) {
-    line = std::to_string(done_) + " of " + std::to_string(rows_) + ": " + row.command + " (" +
-           whole_seconds(row.command_seconds) + " of " + whole_seconds(row.command_limit) +
-           ") in " + (row.section.empty() ? row.title : row.section);
-  }
-  std::cerr << kClearLine << fitted(line, terminal_width() - 1) << std::flush;
+  const std::string done = std::to_string(done_) + " of " + std::to_string(rows_) + ": ";
+  // Long names are cut off at the end, so what changes stands before them.
+  const std::string line = row.command.empty()
+                               ? done + "(" + whole_seconds(row.seconds) + ") " + place_of(row)
+                               : done + "(" + whole_seconds(row.command_seconds) + " of " +
+                                     whole_seconds(row.command_limit) + ") " + row.command +
+                                     " in " + place_of(row);
+  print(kClearLine + fitted(line, terminal_width() - 1));
   is_drawn_ = true;
 }
 
 void Progress::finished(const Row& row) {
   ++done_;
   if (form_ == Form::kJson) {
-    print({{"event", "row"},
-           {"id", row.step.id},
-           {"title", row.step.title},
-           {"outcome", text_of(row.outcome)},
-           {"why", row.why},
-           {"seconds", row.seconds},
-           {"bytes", row.bytes},
-           {"file", row.step.file}});
+    print(line_of({{"event", "row"},
+                   {"id", row.step.id},
+                   {"title", row.step.title},
+                   {"outcome", text_of(row.outcome)},
+                   {"why", row.why},
+                   {"seconds", row.seconds},
+                   {"bytes", row.bytes},
+                   {"file", row.step.file}}));
     return;
   }
   // On a terminal, only what went wrong stays to be read.
@@ -118,10 +136,10 @@ void Progress::finished(const Row& row) {
 
 void Progress::ended(const EndedCommand& command) {
   if (form_ == Form::kJson) {
-    print({{"event", "command"},
-           {"command", command.command_line},
-           {"seconds", command.seconds},
-           {"row", command.row}});
+    print(line_of({{"event", "command"},
+                   {"command", command.command_line},
+                   {"seconds", command.seconds},
+                   {"row", command.row}}));
     return;
   }
   say("Ending \"" + command.command_line + "\" after " + seconds_text(command.seconds) + " s");
@@ -129,7 +147,9 @@ void Progress::ended(const EndedCommand& command) {
 
 void Progress::end(int status, const std::string& folder) {
   erase();
-  if (form_ == Form::kJson) print({{"event", "end"}, {"status", status}, {"folder", folder}});
+  if (form_ == Form::kJson) {
+    print(line_of({{"event", "end"}, {"status", status}, {"folder", folder}}));
+  }
 }
 
 }  // namespace host

@@ -45,17 +45,14 @@ std::string why_no_end(const Report& report) {
 // A row whose report is there.
 void conclude_report(Row& row, const std::string& lost) {
   const Report& report = *row.report;
-  const std::string faults = faults_of(report.sections());
   const bool is_whole = report.has_end_mark() || !row.step.kind->report().has_end_mark;
-  const std::string meaning = meaning_of(row);
   const std::string no_end = is_whole ? "" : lost.empty() ? why_no_end(report) : lost;
-  for (const std::string& why : {faults, meaning, no_end, row.lacks}) {
-    if (why.empty()) continue;
-    row.outcome = RowOutcome::kPartial;
-    row.why = why;
-    return;
+  for (const std::string& why : {meaning_of(row), no_end, row.lacks}) {
+    if (!why.empty()) row.own_faults += (row.own_faults.empty() ? "" : "; ") + why;
   }
-  row.outcome = RowOutcome::kOk;
+  const std::string faults = faults_of(report.sections());
+  row.why = faults + (faults.empty() || row.own_faults.empty() ? "" : "; ") + row.own_faults;
+  row.outcome = row.why.empty() ? RowOutcome::kOk : RowOutcome::kPartial;
 }
 
 // A row that promises a report and has made none.

@@ -35,6 +35,7 @@ struct Row {
   std::string now;                           // what the worker is at
   std::optional<std::string> exit_of_first;  // how its first command ended
   std::string lacks;                         // what an earlier row would have told
+  std::string own_faults;                    // those that no section tells of
   bool is_short_of_space = false;
 };
 

@@ -45,6 +45,21 @@ std::string joined(const std::vector<std::string>& texts, const char* between) {
   return all;
 }
 
+// As a shell would take them.
+std::vector<std::string> quoted(std::vector<std::string> words) {
+  constexpr std::string_view kPlain =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789@%+=:,./_-";
+  constexpr std::string_view kQuote = "'\\''";
+  for (std::string& word : words) {
+    if (!word.empty() && word.find_first_not_of(kPlain) == std::string::npos) continue;
+    for (std::size_t at = 0; (at = word.find('\'', at)) != std::string::npos; at += kQuote.size()) {
+      word.replace(at, 1, kQuote);
+    }
+    word = "'" + word + "'";
+  }
+  return words;
+}
+
 // What the user could not get to see, by the reports' own words.
 std::string denied_text(const Collection& collection) {
   std::string files;
@@ -61,13 +76,14 @@ void write_head(std::ostream& out, const Collection& collection) {
   if (!collection.label.empty()) write_field(out, "Label", collection.label);
   write_field(out, "Collected",
               time_text(collection.started) + ", in " + seconds_text(collection.seconds) +
-                  " s, by " + collection.user);
+                  " s, by " +
+                  (collection.user.empty() ? "a user without a name" : collection.user));
   write_field(
       out, "With",
       "sit " + collection.tool_version + ", plug-in " +
           (collection.plugin_version.empty() ? "of unknown version" : collection.plugin_version));
   write_field(out, "Options",
-              collection.options.empty() ? "none" : joined(collection.options, " "));
+              collection.options.empty() ? "none" : joined(quoted(collection.options), " "));
   write_field(out, "Root",
               (collection.is_root ? "yes" : "no: what only root may see is not here") +
                   denied_text(collection));

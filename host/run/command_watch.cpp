@@ -19,8 +19,13 @@ double seconds_since(Clock::time_point start) {
 
 }  // namespace
 
-std::vector<EndedCommand> CommandWatch::look(const std::vector<Process>& processes,
+CommandWatch::CommandWatch(double limit) : limit_(limit) {
+  for (const Process& process : descendants(::getpid())) strangers_.insert(key_of(process));
+}
+
+std::vector<EndedCommand> CommandWatch::look(std::vector<Process> processes,
                                              const std::map<pid_t, std::string>& rows) {
+  if (!strangers_.empty()) forget_strangers(processes);
   sort_in(processes, rows);
   std::vector<EndedCommand> begun;
   for (auto at = commands_.begin(); at != commands_.end();) {
@@ -33,13 +38,31 @@ std::vector<EndedCommand> CommandWatch::look(const std::vector<Process>& process
     command.seconds = age_in_seconds(command.root);
     if (command.asked) {
       insist(command);
-    } else if (ending_all_ || command.is_unwanted || command.seconds > limit_of(command)) {
-      ask(command);
-      begun.push_back({command.command_line, command.root.pid, command.seconds, "", command.row});
+      ++at;
+      continue;
+    }
+    const bool is_too_old = command.seconds > limit_of(command);
+    if (is_too_old || command.is_unwanted || ending_all_) {
+      ask(command, is_too_old);
+      begun.push_back({command.command_line, command.root.pid, command.seconds,
+                       is_too_old ? "past its limit" : "", command.row});
     }
     ++at;
   }
   return begun;
+}
+
+// Takes those out, and what they have started since.
+void CommandWatch::forget_strangers(std::vector<Process>& processes) {
+  std::set<Key> living;
+  std::set<pid_t> numbers;
+  std::erase_if(processes, [&](const Process& process) {
+    if (!strangers_.contains(key_of(process)) && !numbers.contains(process.parent)) return false;
+    living.insert(key_of(process));
+    numbers.insert(process.pid);
+    return true;
+  });
+  strangers_ = std::move(living);
 }
 
 void CommandWatch::sort_in(const std::vector<Process>& processes,
@@ -56,14 +79,14 @@ void CommandWatch::sort_in(const std::vector<Process>& processes,
     Command& command = found->second;
     if (process == command.root) command.is_left_over = !rows.contains(process.parent);
     command.members.push_back(process);
-    living[{process.pid, process.start}] = root;
+    living[key_of(process)] = root;
     by_number[process.pid] = root;
   }
   command_of_ = std::move(living);
 }
 
 CommandWatch::Key CommandWatch::root_of(const Process& process, const Key* of_parent) const {
-  const Key key{process.pid, process.start};
+  const Key key = key_of(process);
   const auto known = command_of_.find(key);
   if (known != command_of_.end()) return known->second;
   if (of_parent != nullptr) return *of_parent;
@@ -104,18 +127,19 @@ void CommandWatch::read_command_line(Command& command) {
   command.program = program_of(command.command_line);
 }
 
-void CommandWatch::ask(Command& command) {
+void CommandWatch::ask(Command& command, bool is_too_old) {
   read_command_line(command);
   command.asked = Clock::now();
-  const auto [offender, is_first] = offenders_.try_emplace(command.program);
+  const auto offender = offenders_.find(command.program);
   // There is no use in asking one again that did not listen.
-  command.is_killed = !is_first && offender->second.ignores_terminate;
+  command.is_killed = offender != offenders_.end() && offender->second;
+  if (is_too_old && !command.is_left_over) offenders_.try_emplace(command.program, false);
   send(command, command.is_killed ? SIGKILL : SIGTERM);
 }
 
 void CommandWatch::insist(Command& command) {
   if (!command.is_killed && seconds_since(*command.asked) < kPatience) return;
-  if (!command.is_killed) offenders_[command.program].ignores_terminate = true;
+  if (!command.is_killed) offenders_[command.program] = true;
   command.is_killed = true;
   send(command, SIGKILL);
 }
@@ -145,9 +169,17 @@ void CommandWatch::give_up() {
   }
 }
 
+bool CommandWatch::is_asked_to_end(pid_t pid) const {
+  return std::any_of(commands_.begin(), commands_.end(), [pid](const auto& entry) {
+    return entry.second.root.pid == pid && entry.second.asked;
+  });
+}
+
 std::optional<CommandWatch::Running> CommandWatch::of_worker(pid_t worker) const {
   for (const auto& [key, command] : commands_) {
-    if (command.worker != worker || command.members.empty()) continue;
+    // One that does not end though it has been told to is not what the worker waits for.
+    const bool is_undying = command.asked && seconds_since(*command.asked) > 2 * kPatience;
+    if (command.worker != worker || command.members.empty() || is_undying) continue;
     return Running{command_line_of(command.root.pid), age_in_seconds(command.root),
                    limit_of(command)};
   }

@@ -17,7 +17,8 @@ using Clock = std::chrono::steady_clock;
 
 class CommandWatch {
  public:
-  explicit CommandWatch(double limit) : limit_(limit) {}
+  // Whatever runs below the host already is not its own and is left alone.
+  explicit CommandWatch(double limit);
 
   // A command that a worker waits for, and how long it may take.
   struct Running {
@@ -27,8 +28,9 @@ class CommandWatch {
   };
 
   // Takes note of all processes below the host, parents first. `rows` tells by the worker's number
-  // what row its commands are for. Ends what is too old and returns those it has begun to end.
-  std::vector<EndedCommand> look(const std::vector<Process>& processes,
+  // what row its commands are for. Ends what is too old and returns those it has begun to end, with
+  // a word in `end` where it was for their age.
+  std::vector<EndedCommand> look(std::vector<Process> processes,
                                  const std::map<pid_t, std::string>& rows);
 
   // Whatever this worker has started is to end, for the worker has.
@@ -44,6 +46,9 @@ class CommandWatch {
 
   // The command that the worker waits for at the moment.
   [[nodiscard]] std::optional<Running> of_worker(pid_t worker) const;
+
+  // Whether this process ends because it has been told to.
+  [[nodiscard]] bool is_asked_to_end(pid_t pid) const;
 
   // Those that had to be ended, in the order of their end.
   [[nodiscard]] const std::vector<EndedCommand>& ended() const { return ended_; }
@@ -64,18 +69,16 @@ class CommandWatch {
     bool is_forbidden = false;
     double seconds = 0;
   };
-  // What is known of a program that has reached the limit once.
-  struct Offender {
-    bool ignores_terminate = false;
-  };
   using Key = std::pair<pid_t, std::uint64_t>;
 
+  [[nodiscard]] static Key key_of(const Process& process) { return {process.pid, process.start}; }
+  void forget_strangers(std::vector<Process>& processes);
   void sort_in(const std::vector<Process>& processes, const std::map<pid_t, std::string>& rows);
   [[nodiscard]] Key root_of(const Process& process, const Key* of_parent) const;
   [[nodiscard]] static Command begun(const Process& root, const std::map<pid_t, std::string>& rows);
   [[nodiscard]] double limit_of(const Command& command) const;
   static void read_command_line(Command& command);
-  void ask(Command& command);
+  void ask(Command& command, bool is_too_old);
   void insist(Command& command);
   static void send(Command& command, int signal);
   void note_end(const Command& command);
@@ -83,8 +86,10 @@ class CommandWatch {
   double limit_;
   bool ending_all_ = false;
   std::map<Key, Command> commands_;  // by their root
-  std::map<Key, Key> command_of_;    // every process that lives
-  std::map<std::string, Offender> offenders_;
+  std::map<Key, Key> command_of_;    // every process of theirs that lives
+  std::set<Key> strangers_;
+  // Programs that have reached the limit once, and whether they ignore being asked to end.
+  std::map<std::string, bool> offenders_;
   std::vector<EndedCommand> ended_;
 };
 

@@ -2,31 +2,22 @@
 
 #include <poll.h>
 #include <sys/prctl.h>
-#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <csignal>
 #include <cstring>
 
 #include "run/product_library.h"
 #include "run/supervisor_state.h"
 #include "support/failure.h"
-#include "support/text.h"
+#include "support/processes.h"
 
 namespace host {
 namespace {
 
 constexpr auto kBetweenLooks = std::chrono::milliseconds(50);
-
-sigset_t watched_signals() {
-  sigset_t signals;
-  ::sigemptyset(&signals);
-  for (const int signal : {SIGCHLD, SIGINT, SIGTERM, SIGHUP}) ::sigaddset(&signals, signal);
-  return signals;
-}
 
 }  // namespace
 
@@ -36,19 +27,16 @@ std::string signal_text(int signal) {
          (name == nullptr ? "" : " (" + std::string(name) + ")");
 }
 
-Supervisor::Supervisor(const RunSettings& settings, const OutputFolder& folder,
-                       const Limits& limits, Progress& progress)
+Supervisor::Supervisor(const RunSettings& settings, const SignalWatch& signals,
+                       const OutputFolder& folder, const Limits& limits, Progress& progress)
     : settings_(settings),
+      signals_(signals),
       folder_(folder),
       limits_(limits),
       progress_(progress),
       watch_(limits.command) {
   // Whatever a command leaves behind comes to this process.
   ::prctl(PR_SET_CHILD_SUBREAPER, 1);
-  const sigset_t signals = watched_signals();
-  ::sigprocmask(SIG_BLOCK, &signals, nullptr);
-  signals_ = Descriptor(::signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK));
-  if (!signals_.is_open()) throw Failure("no signals: " + error_text(errno));
   note_own_libraries(settings.plugin);
 }
 
@@ -66,6 +54,7 @@ void Supervisor::add(const Subject& subject) {
     }
   }
   progress_.add_rows(run.rows.size());
+  if (!given_up_.empty()) skip_rest(run);
 }
 
 void Supervisor::run_all_but(const std::string& id) {
@@ -75,23 +64,34 @@ void Supervisor::run_all_but(const std::string& id) {
   while (std::any_of(runs_.begin(), runs_.end(), is_awaited) || !reading_.empty()) {
     if (given_up_.empty()) start_workers();
     turn();
-    if (failure_.empty()) continue;
-    stop_workers();
-    finish();
-    throw Failure(failure_);
+    if (!failure_.empty()) throw Failure(failure_);
   }
 }
 
 void Supervisor::start_workers() {
   for (Run& run : runs_) {
     if (workers_.size() >= limits_.jobs) return;
-    if (run.is_running || run.is_done()) continue;
-    std::vector<Step> steps;
-    for (std::size_t i = run.next; i < run.rows.size(); ++i) steps.push_back(run.rows[i]->step);
+    if (!run.is_running && !run.is_done() && !start_worker(run)) return;
+  }
+}
+
+bool Supervisor::start_worker(Run& run) {
+  constexpr double kPatience = 2;  // seconds: others may end and leave room
+  std::vector<Step> steps;
+  for (std::size_t i = run.next; i < run.rows.size(); ++i) steps.push_back(run.rows[i]->step);
+  try {
     workers_.push_back(std::make_unique<Worker>(
         Worker{.process = WorkerProcess(settings_, folder_, run.subject, steps), .run = run}));
-    run.is_running = true;
+  } catch (const Failure& failure) {
+    if (!run.refused) run.refused = Clock::now();
+    if (workers_.empty() && seconds_since(*run.refused) > kPatience) {
+      leave_row(run, RowOutcome::kFailed, failure.what());
+    }
+    return false;
   }
+  run.refused.reset();
+  run.is_running = true;
+  return true;
 }
 
 void Supervisor::turn() {
@@ -104,7 +104,7 @@ void Supervisor::turn() {
 }
 
 void Supervisor::wait_for_events(bool is_busy) {
-  std::vector<pollfd> watched{{signals_.get(), POLLIN, 0}};
+  std::vector<pollfd> watched{{signals_.descriptor(), POLLIN, 0}};
   for (const auto& worker : workers_) {
     watched.push_back({worker->process.answers(), POLLIN, 0});
     watched.push_back({worker->process.printed(), POLLIN, 0});
@@ -114,10 +114,8 @@ void Supervisor::wait_for_events(bool is_busy) {
 }
 
 void Supervisor::take_signals() {
-  signalfd_siginfo info{};
-  while (::read(signals_.get(), &info, sizeof info) == static_cast<ssize_t>(sizeof info)) {
-    const auto signal = static_cast<int>(info.ssi_signo);
-    if (signal != SIGCHLD) give_up("given up: " + signal_text(signal), RowOutcome::kFailed);
+  if (const auto signal = signals_.take(); signal) {
+    give_up("given up: " + signal_text(*signal), RowOutcome::kFailed);
   }
 }
 
@@ -130,12 +128,14 @@ void Supervisor::reap() {
     });
     if (ended == workers_.end()) continue;  // what a command has left behind
     take_answers(**ended);
-    bury(**ended, status);
+    bury(**ended, WIFSIGNALED(status)
+                      ? signal_text(WTERMSIG(status))
+                      : "the process ended with status " + std::to_string(WEXITSTATUS(status)));
     workers_.erase(ended);
   }
 }
 
-void Supervisor::bury(Worker& worker, int status) {
+void Supervisor::bury(Worker& worker, const std::string& crash) {
   worker.run.is_running = false;
   watch_.end_commands_of(worker.process.pid());
   if (worker.run.is_done()) return;
@@ -149,16 +149,15 @@ void Supervisor::bury(Worker& worker, int status) {
   } else if (!worker.past_limit.empty()) {
     leave_row(worker, RowOutcome::kTimedOut, worker.past_limit);
   } else {
-    std::string why = WIFSIGNALED(status)
-                          ? signal_text(WTERMSIG(status))
-                          : "the process ended with status " + std::to_string(WEXITSTATUS(status));
-    if (!worker.crashed_in.empty()) why += " in " + worker.crashed_in;
-    leave_row(worker, RowOutcome::kCrashed, why);
+    const std::string where = worker.crashed_in.empty() ? "" : " in " + worker.crashed_in;
+    leave_row(worker, RowOutcome::kCrashed, crash + where);
   }
 }
 
-void Supervisor::stop_workers() {
-  for (const auto& worker : workers_) ::kill(worker->process.pid(), SIGKILL);
+void Supervisor::stop(Worker& worker) {
+  // Without a list of processes, its commands are reached as its group only.
+  ::kill(has_proc() ? worker.process.pid() : -worker.process.pid(), SIGKILL);
+  if (!worker.stopped) worker.stopped = Clock::now();
 }
 
 }  // namespace host

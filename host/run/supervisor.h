@@ -12,6 +12,7 @@
 #include "result/progress.h"
 #include "result/row.h"
 #include "run/command_watch.h"
+#include "run/signal_watch.h"
 #include "run/worker.h"
 #include "steps/steps.h"
 #include "support/folder.h"
@@ -28,8 +29,8 @@ struct Limits {
 
 class Supervisor {
  public:
-  Supervisor(const RunSettings& settings, const OutputFolder& folder, const Limits& limits,
-             Progress& progress);
+  Supervisor(const RunSettings& settings, const SignalWatch& signals, const OutputFolder& folder,
+             const Limits& limits, Progress& progress);
   Supervisor(const Supervisor&) = delete;
   Supervisor& operator=(const Supervisor&) = delete;
   ~Supervisor();
@@ -41,6 +42,9 @@ class Supervisor {
   // Throws Failure when a worker can do nothing at all.
   void run_all_but(const std::string& id);
 
+  // Ends the work where it is. What has been added since is not begun.
+  void give_up(const std::string& why, RowOutcome outcome);
+
   // Ends whatever is left of the commands.
   void finish();
 
@@ -48,8 +52,8 @@ class Supervisor {
   [[nodiscard]] const std::vector<EndedCommand>& ended() const { return watch_.ended(); }
   [[nodiscard]] const std::optional<Found>& found(const std::string& id) const;
   [[nodiscard]] const Glance& glance() const { return glance_; }
+  [[nodiscard]] const std::string& plugin_version() const { return plugin_version_; }
   [[nodiscard]] const std::string& given_up() const { return given_up_; }
-  [[nodiscard]] const std::string& no_space() const { return no_space_; }
 
  private:
   struct Worker;
@@ -57,17 +61,18 @@ class Supervisor {
 
   // The loop.
   void start_workers();
+  bool start_worker(Run& run);
   void turn();
   void wait_for_events(bool is_busy);
   void take_signals();
   void reap();
-  void bury(Worker& worker, int status);
-  void stop_workers();
-  void give_up(const std::string& why, RowOutcome outcome);
+  void bury(Worker& worker, const std::string& crash);
+  void stop(Worker& worker);
 
   // From time to time.
   void look();
   void look_at(Worker& worker);
+  void abandon_the_undying();
   void watch_commands();
   [[nodiscard]] std::vector<Progress::Running> running() const;
 
@@ -76,25 +81,27 @@ class Supervisor {
   void take(Worker& worker, const std::string& line);
   void take_child_end(Row& row, const std::string& text);
   void take_result(Worker& worker, const nlohmann::json& result);
+  void leave_row(Run& run, RowOutcome outcome, const std::string& why);
   void leave_row(Worker& worker, RowOutcome outcome, const std::string& why);
   void next_row(Worker& worker);
   void skip_rest(Run& run);
-  void note_short(Row& row, std::uint64_t size);
+  void note_short(Row& row, std::uint64_t size, Weight weight);
   bool read_report(Row& row);
   bool read_finished_reports();
 
   const RunSettings& settings_;
+  const SignalWatch& signals_;
   const OutputFolder& folder_;
   Limits limits_;
   Progress& progress_;
   CommandWatch watch_;
   Glance glance_;
+  std::string plugin_version_;
   std::map<std::string, std::optional<Found>> found_;
   std::deque<Row> rows_;  // stay where they are
   std::deque<Run> runs_;
   std::vector<std::unique_ptr<Worker>> workers_;
   std::vector<Row*> reading_;  // finished, but not their reports
-  Descriptor signals_;
   Clock::time_point start_ = Clock::now();
   Clock::time_point last_look_ = {};
   bool is_reading_ = false;

@@ -1,5 +1,5 @@
 // What becomes of the rows while their workers are at them.
-#include <algorithm>
+#include <cerrno>
 #include <csignal>
 #include <ctime>
 #include <nlohmann/json.hpp>
@@ -23,6 +23,15 @@ struct Answer {
   std::string text;
 };
 
+// A shell tells in its own way of a signal that has ended what it ran.
+std::string exit_text(int status) {
+  constexpr int kSignals = 128;
+  const std::string text = "exit status " + std::to_string(status);
+  return text + (status > kSignals && status < kSignals + NSIG
+                     ? ", that is " + signal_text(status - kSignals)
+                     : "");
+}
+
 Answer read_answer(const std::string& line) {
   return {line.empty() ? '?' : line[0], line.size() > 2 ? line.substr(2) : ""};
 }
@@ -38,7 +47,6 @@ const std::optional<Found>& Supervisor::found(const std::string& id) const {
 void Supervisor::take_answers(Worker& worker) {
   worker.process.take_printed();
   for (const std::string& line : worker.process.take_lines()) {
-    worker.last_activity = Clock::now();
     try {
       if (!worker.run.is_done()) take(worker, line);
     } catch (const json::exception&) {  // not a line of ours: a product is in the same process
@@ -48,6 +56,8 @@ void Supervisor::take_answers(Worker& worker) {
 
 void Supervisor::take(Worker& worker, const std::string& line) {
   const Answer answer = read_answer(line);
+  // A child that has ended is no sign of life: a product may start any number of them.
+  if (answer.kind != 'c') worker.last_activity = worker.last_growth = Clock::now();
   switch (answer.kind) {
     case 'c':
       take_child_end(*worker.run.row(), answer.text);
@@ -63,6 +73,9 @@ void Supervisor::take(Worker& worker, const std::string& line) {
       break;
     case 'x':
       worker.crashed_in = answer.text;
+      break;
+    case 'v':
+      plugin_version_ = answer.text;
       break;
     case 'f':
       worker.failure = answer.text;
@@ -80,11 +93,21 @@ void Supervisor::take_child_end(Row& row, const std::string& text) {
   int is_short = 0;
   std::uint64_t size = 0;
   if (!(fields >> pid >> code >> status >> is_short >> size)) return;
-  if (!row.exit_of_first) {
-    row.exit_of_first =
-        code == CLD_EXITED ? "exit status " + std::to_string(status) : signal_text(status);
+  const bool is_exit = code == CLD_EXITED;
+  const std::string end = is_exit ? exit_text(status) : signal_text(status);
+  if (!row.exit_of_first) row.exit_of_first = end;
+  if (is_short != 0) {
+    const bool succeeded = is_exit && status == 0;
+    note_short(row, size, succeeded ? Weight::kAlways : Weight::kUnlessReplaced);
   }
-  if (is_short != 0) note_short(row, size);
+  static_cast<void>(read_report(row));
+  if (row.report == nullptr || (is_exit && status == 0) || watch_.is_asked_to_end(pid)) return;
+  if (row.step.kind->report().is_output) return;  // which tells of its end itself
+  // System lists go on to the next alternative.
+  if (is_exit && !row.step.kind->report().fails_with_command) return;
+  row.report->note(size, is_exit ? SectionOutcome::kIncomplete : SectionOutcome::kFailed,
+                   "a command ended with " + end,
+                   is_exit ? Weight::kAlone : Weight::kUnlessReplaced);
 }
 
 void Supervisor::take_result(Worker& worker, const json& result) {
@@ -105,13 +128,17 @@ void Supervisor::take_result(Worker& worker, const json& result) {
 
 // The row is left as it is, and what it has written stays.
 void Supervisor::leave_row(Worker& worker, RowOutcome outcome, const std::string& why) {
-  Row& row = *worker.run.row();
+  const Row& row = *worker.run.row();
+  const std::string said = worker.process.last_printed_line();
+  worker.run.row()->seconds = seconds_since(worker.row_start);
+  leave_row(worker.run, outcome,
+            why + (row.now.empty() ? "" : ", " + row.now) + (said.empty() ? "" : ": " + said));
+}
+
+void Supervisor::leave_row(Run& run, RowOutcome outcome, const std::string& why) {
+  Row& row = *run.row();
   row.outcome = outcome;
-  row.why = why;
-  if (!row.now.empty()) row.why += ", " + row.now;
-  if (const std::string said = worker.process.last_printed_line(); !said.empty()) {
-    row.why += ": " + printable(said);
-  }
+  row.why = printable(why);
   while (!read_report(row)) {
   }
   if (row.report != nullptr) {
@@ -119,11 +146,12 @@ void Supervisor::leave_row(Worker& worker, RowOutcome outcome, const std::string
     row.report->note(row.report->size(),
                      is_crash ? SectionOutcome::kCrashed : SectionOutcome::kTimedOut, row.why);
   }
-  for (Row* other : worker.run.rows) {
+  for (Row* other : run.rows) {
     if (other->step.kind->needs != std::string(row.step.kind->id)) continue;
     other->lacks = "what " + row.step.id + " finds is not known, since it was given up";
   }
-  next_row(worker);
+  reading_.push_back(&row);
+  ++run.next;
 }
 
 void Supervisor::next_row(Worker& worker) {
@@ -131,7 +159,10 @@ void Supervisor::next_row(Worker& worker) {
   row.seconds = seconds_since(worker.row_start);
   reading_.push_back(&row);
   ++worker.run.next;
-  worker.row_start = worker.last_activity = Clock::now();
+  worker.row_start = worker.last_activity = worker.last_growth = Clock::now();
+  worker.size = 0;
+  worker.crashed_in.clear();
+  worker.process.forget_printed();
 }
 
 void Supervisor::skip_rest(Run& run) {
@@ -142,14 +173,16 @@ void Supervisor::skip_rest(Run& run) {
   }
 }
 
-void Supervisor::note_short(Row& row, std::uint64_t size) {
+void Supervisor::note_short(Row& row, std::uint64_t size, Weight weight) {
   row.is_short_of_space = true;
   if (no_space_.empty()) {
     no_space_ = "no space left on " + file_system_of(folder_.descriptor());
     progress_.say(no_space_);
   }
   static_cast<void>(read_report(row));
-  if (row.report != nullptr) row.report->note(size, SectionOutcome::kIncomplete, no_space_);
+  if (row.report != nullptr) {
+    row.report->note(size, SectionOutcome::kIncomplete, no_space_, weight);
+  }
 }
 
 // Reads on in the report of a row; true when there is nothing more in it for now.
@@ -169,6 +202,9 @@ bool Supervisor::read_finished_reports() {
       is_all_read = false;
       ++at;
       continue;
+    }
+    if (row.report != nullptr && (row.report->is_out_of_space() || row.code == ENOSPC)) {
+      note_short(row, row.report->size(), Weight::kAlways);
     }
     conclude(row, folder_, no_space_);
     progress_.finished(row);

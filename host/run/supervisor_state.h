@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -16,6 +17,7 @@ struct Supervisor::Run {
   std::vector<Row*> rows;
   std::size_t next = 0;
   bool is_running = false;
+  std::optional<Clock::time_point> refused = {};  // since when no worker could be started
 
   [[nodiscard]] bool is_done() const { return next == rows.size(); }
   [[nodiscard]] Row* row() const { return is_done() ? nullptr : rows[next]; }
@@ -26,10 +28,12 @@ struct Supervisor::Worker {
   Run& run;
   Clock::time_point row_start = Clock::now();
   Clock::time_point last_activity = Clock::now();
-  std::uint64_t written = 0;
+  Clock::time_point last_growth = Clock::now();
+  std::uint64_t size = 0;       // of the report
   std::string crashed_in = {};  // a product's library
   std::string failure = {};     // why it can do nothing at all
   std::string past_limit = {};  // why it was ended
+  std::optional<Clock::time_point> stopped = {};
 };
 
 [[nodiscard]] inline double seconds_since(Clock::time_point start) {

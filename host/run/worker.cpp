@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
+#include <utility>
 
 #include "catalogue.h"
 #include "plugin.h"
@@ -39,12 +41,8 @@ void set(const std::string& name, const std::optional<std::string>& value) {
   value ? ::setenv(name.c_str(), value->c_str(), 1) : ::unsetenv(name.c_str());
 }
 
-// Where the kernel cannot do this, no harm comes of it: the descriptors are not for commands.
-void close_range(int first, int last) {
-  if (first <= last) ::syscall(SYS_close_range, first, last, 0);
-}
-
-// Nothing of the host's is left in reach: neither a terminal nor a descriptor but the two.
+// Nothing of the host's is left in reach: neither a terminal nor a descriptor but the two. Where
+// the kernel cannot close so many, no harm comes of it: they are not for commands.
 void leave_the_host(const WorkerOrder& order) {
   ::setsid();
   ::prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -54,9 +52,11 @@ void leave_the_host(const WorkerOrder& order) {
   ::dup2(order.printed, STDERR_FILENO);
   const int first = std::min(order.answers, order.folder.descriptor());
   const int last = std::max(order.answers, order.folder.descriptor());
-  close_range(STDERR_FILENO + 1, first - 1);
-  close_range(first + 1, last - 1);
-  close_range(last + 1, INT_MAX);
+  const std::pair<int, int> between[] = {
+      {STDERR_FILENO + 1, first - 1}, {first + 1, last - 1}, {last + 1, INT_MAX}};
+  for (const auto& [from, to] : between) {
+    if (from <= to) ::syscall(SYS_close_range, from, to, 0);
+  }
 }
 
 void take_usual_signals() {
@@ -93,21 +93,35 @@ class Worker {
       : order_(order), answers_(order.answers), users_(environment_of_user(order)) {}
 
   void run() {
+    const std::string temporary = ".tmp/" + std::to_string(::getpid());
+    static_cast<void>(order_.folder.make_way_to(temporary + "/"));
+    temporary_ = Descriptor(::openat(order_.folder.descriptor(), temporary.c_str(),
+                                     O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     ours_ = order_.subject.environment;
-    ours_["TMPDIR"] = order_.folder.temporary();
+    ours_["TMPDIR"] = order_.folder.temporary() + "/" + std::to_string(::getpid());
+    settle();
     for (const auto& [name, value] : ours_) set(name, value);
     const Plugin plugin(order_.settings.plugin, plugin_names());
+    answers_.send('v', find_entry("GetAPIVersion").call(plugin, {}).text.value_or(""));
     if (order_.settings.verbose) switch_on(plugin, "SetVerboseMode");
     if (order_.subject.is_independent) switch_on(plugin, "SetPelloranIndependent");
     for (const Step& step : order_.steps) {
       set_current_report(step.file.c_str());
-      json result;
-      if (step.left_out.empty()) result = run(plugin, step);
-      answers_.send('r', result);
+      settle();
+      answers_.send('r', run(plugin, step));
     }
   }
 
  private:
+  // What a product in this process may have changed during the row before.
+  void settle() const {
+    constexpr mode_t kOwnerOnlyMask = 0077;
+    if (::fchdir(order_.folder.descriptor()) != 0) throw Failure("cannot enter the output folder");
+    ::umask(kOwnerOnlyMask);
+    take_usual_signals();
+    report_signals({order_.answers, order_.folder.descriptor(), temporary_.get()});
+  }
+
   json run(const Plugin& plugin, const Step& step) {
     switch (step.kind->work) {
       case Work::kDiscovery:
@@ -137,7 +151,6 @@ class Worker {
     for (const auto& [name, value] : is_environment ? users_ : Environment()) set(name, value);
     const Outcome outcome = find_entry(step.kind->call).call(plugin, step.arguments);
     for (const auto& [name, value] : is_environment ? ours_ : Environment()) set(name, value);
-    if (!step.folder.empty()) tidy_names(step.folder);
     return {{"code", outcome.code.value_or(SIT_OK)}};
   }
 
@@ -163,7 +176,6 @@ class Worker {
     std::replace(arguments.begin(), arguments.end(), std::string("{log folder}"), folder.folder);
     int code = find_entry(step.kind->call).call(plugin, arguments).code.value_or(SIT_OK);
     copy_overwritten_logs(plugin, step, folder);
-    tidy_names(folder.folder);
     ::rmdir(folder.folder.c_str());  // fails, and shall, when it holds copies
     // The database of the same name that is left out here has its own turn.
     if (step.names.empty() && code == SIT_DATABASE_LEFT_OUT) code = SIT_OK;
@@ -172,6 +184,7 @@ class Worker {
 
   const WorkerOrder& order_;
   Answers answers_;
+  Descriptor temporary_;
   Environment users_;
   Environment ours_;
 };
@@ -181,10 +194,7 @@ class Worker {
 void be_worker(const WorkerOrder& order) noexcept {
   try {
     leave_the_host(order);
-    take_usual_signals();
     limit_files();
-    if (::fchdir(order.folder.descriptor()) != 0) throw Failure("cannot enter the output folder");
-    report_signals(order.answers, order.folder.descriptor());
     Worker(order).run();
     ::_exit(0);
   } catch (const std::exception& error) {

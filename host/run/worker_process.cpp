@@ -81,6 +81,11 @@ void WorkerProcess::take_printed() {
   }
 }
 
+void WorkerProcess::forget_printed() {
+  take_printed();
+  tail_.clear();
+}
+
 std::string WorkerProcess::last_printed_line() const {
   const std::size_t end = tail_.find_last_not_of(" \t\n") + 1;
   const std::string text = tail_.substr(0, end);

@@ -26,6 +26,7 @@ class WorkerProcess {
 
   // Keeps no more than the end of what a product has printed.
   void take_printed();
+  void forget_printed();
   [[nodiscard]] std::string last_printed_line() const;
 
  private:

@@ -1,7 +1,10 @@
 #include "run/worker_signals.h"
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
 
@@ -19,14 +22,9 @@
 namespace host {
 namespace {
 
-struct SignalReports {
-  int answers = -1;
-  int folder = -1;
-  pid_t worker = 0;
-  const char* volatile file = "";
-  std::uint64_t room = 0;
-};
-SignalReports reports;
+constinit SignalReports reports;
+constinit pid_t worker = 0;
+constinit const char* volatile report_file = "";
 
 // A line that is put together without allocating anything.
 class Line {
@@ -53,25 +51,36 @@ class Line {
   std::size_t size_ = 0;
 };
 
-// Whether the output of the child that has just ended could not be written, or could not be copied
-// once more: what went since the last one has ended is its output.
-bool is_short_of_room() {
-  const Room room(reports.folder);
-  const std::uint64_t before = reports.room;
-  reports.room = room.bytes;
-  return room.is_short() || (room.bytes < before && room.bytes < before - room.bytes);
+std::uint64_t size_of(int folder, const char* file) {
+  struct stat status {};
+  const bool is_there = ::fstatat(folder, file, &status, AT_SYMLINK_NOFOLLOW) == 0;
+  return is_there ? static_cast<std::uint64_t>(status.st_size) : 0;
+}
+
+// What commands have printed and has not been copied into the report yet.
+std::uint64_t bytes_to_copy() {
+  alignas(dirent64) std::array<char, 2048> entries;
+  std::uint64_t bytes = 0;
+  ::lseek(reports.temporary, 0, SEEK_SET);
+  for (;;) {
+    const long got = ::syscall(SYS_getdents64, reports.temporary, entries.data(), entries.size());
+    if (got <= 0) return bytes;
+    for (long at = 0; at < got;) {
+      const auto* entry = reinterpret_cast<const dirent64*>(entries.data() + at);
+      if (entry->d_type != DT_DIR) bytes += size_of(reports.temporary, entry->d_name);
+      at += entry->d_reclen;
+    }
+  }
 }
 
 void child_ended(int /*signal*/, siginfo_t* info, void* /*context*/) {
   const int kept = errno;
-  struct stat status {};
-  const bool is_there = ::fstatat(reports.folder, reports.file, &status, AT_SYMLINK_NOFOLLOW) == 0;
   Line line('c');
   line.add(info->si_pid);
   line.add(info->si_code);
   line.add(info->si_status);
-  line.add(is_short_of_room() ? 1 : 0);
-  line.add(is_there ? status.st_size : 0);
+  line.add(Room(reports.folder).is_short_for(bytes_to_copy()) ? 1 : 0);
+  line.add(static_cast<long long>(size_of(reports.folder, report_file)));
   line.send();
   errno = kept;
 }
@@ -98,13 +107,16 @@ void name_library(std::uintptr_t address) {
 }
 
 void crashed(int signal, siginfo_t* /*info*/, void* context) {
-  name_library(instruction_of(*static_cast<ucontext_t*>(context)));
+  if (::getpid() == worker) name_library(instruction_of(*static_cast<ucontext_t*>(context)));
+  // What memory holds is nothing that a collection should bring home.
+  const rlimit no_core{};
+  ::setrlimit(RLIMIT_CORE, &no_core);
   ::raise(signal);  // which now has its usual effect
 }
 
 // Workers do not call exit(): a product has, in the worker or in a process made of it.
 void ended_by_product() {
-  if (::getpid() == reports.worker) name_library(0);
+  if (::getpid() == worker) name_library(0);
 }
 
 void handle(int signal, void (*handler)(int, siginfo_t*, void*), int flags) {
@@ -116,11 +128,10 @@ void handle(int signal, void (*handler)(int, siginfo_t*, void*), int flags) {
 
 }  // namespace
 
-void report_signals(int answers, int folder) {
-  reports.answers = answers;
-  reports.folder = folder;
-  reports.worker = ::getpid();
-  reports.room = Room(folder).bytes;
+void report_signals(const SignalReports& where) {
+  reports = where;
+  if (worker == 0) static_cast<void>(std::atexit(ended_by_product));
+  worker = ::getpid();
   handle(SIGCHLD, child_ended, SA_RESTART | SA_NOCLDSTOP);
   // A stack that has run over leaves no room for a handler.
   static std::array<char, 65536> stack;
@@ -129,9 +140,8 @@ void report_signals(int answers, int folder) {
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
     handle(signal, crashed, SA_ONSTACK | SA_RESETHAND | SA_NODEFER);
   }
-  static_cast<void>(std::atexit(ended_by_product));
 }
 
-void set_current_report(const char* file) noexcept { reports.file = file; }
+void set_current_report(const char* file) noexcept { report_file = file; }
 
 }  // namespace host

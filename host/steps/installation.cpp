@@ -49,13 +49,10 @@ void from_json(const nlohmann::json& json, Installation& installation) {
 }
 
 void to_json(nlohmann::json& json, const Found& found) {
-  json = {{"plugin_version", found.plugin_version},
-          {"installations", found.installations},
-          {"missing", found.missing}};
+  json = {{"installations", found.installations}, {"missing", found.missing}};
 }
 
 void from_json(const nlohmann::json& json, Found& found) {
-  json.at("plugin_version").get_to(found.plugin_version);
   json.at("installations").get_to(found.installations);
   json.at("missing").get_to(found.missing);
 }

@@ -23,7 +23,6 @@ struct Installation {
 
 // What a discovery hands over.
 struct Found {
-  std::string plugin_version;
   std::vector<Installation> installations;
   std::vector<std::string> missing;  // what was named and is not there, in words
 };

@@ -93,4 +93,19 @@ void check(const Selection& selection, const std::vector<Subject>& subjects) {
   }
 }
 
+void check_chosen(const Selection& selection, const std::vector<Subject>& subjects,
+                  const std::vector<Installation>& installations) {
+  std::set<std::string> there;
+  for (const Subject& subject : subjects) {
+    for (const Step& step : subject.steps) there.insert(step.kind->id);
+  }
+  for (const StepKind& kind : step_kinds()) {
+    const bool is_named =
+        std::find(selection.only.begin(), selection.only.end(), kind.id) != selection.only.end();
+    if (!is_named || there.contains(kind.id) || kind.on == On::kDiscovery) continue;
+    throw UsageError(std::string("no step \"") + kind.id +
+                     "\": " + why_absent(kind, installations));
+  }
+}
+
 }  // namespace host

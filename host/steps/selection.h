@@ -27,4 +27,8 @@ void select(std::vector<Subject>& subjects, const Selection& selection);
 // Throws UsageError, with the nearest name, for an id that is of none of the steps nor of a kind.
 void check(const Selection& selection, const std::vector<Subject>& subjects);
 
+// Throws UsageError, with the reason, when there is no step of a kind that --only names.
+void check_chosen(const Selection& selection, const std::vector<Subject>& subjects,
+                  const std::vector<Installation>& installations);
+
 }  // namespace host

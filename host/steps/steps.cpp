@@ -58,14 +58,17 @@ bool is_about(const StepKind& kind, const Installation& installation, bool is_ot
 
 Subject installation_subject(const Installation& installation, const std::string& folder,
                              bool is_other, const std::vector<std::string>& logs) {
+  const bool has_twin = folder != safe_name(folder_of(installation));
   Subject subject{.name = folder, .environment = installation.environment};
   for (const StepKind& kind : step_kinds()) {
     if (!is_about(kind, installation, is_other)) continue;
-    subject.steps.push_back(make_step(kind, folder + "/" + kind.id,
-                                      {{"folder", folder},
-                                       {"key", installation.key},
-                                       {"version", installation.version},
-                                       {"selector", selector_of(installation)}}));
+    subject.steps.push_back(make_step(
+        kind, folder + "/" + kind.id,
+        {{"folder", folder},
+         {"key", installation.key},
+         {"installation", installation.key + (has_twin ? " in " + installation.directory : "")},
+         {"version", installation.version},
+         {"selector", selector_of(installation)}}));
     subject.steps.back().version = installation.version;
     subject.steps.back().names = logs;
   }
@@ -93,7 +96,7 @@ class WishedSteps {
 };
 
 std::string absolute(const std::string& path) {
-  return path.empty() ? path : std::filesystem::absolute(path).string();
+  return path.empty() ? path : std::filesystem::absolute(path).lexically_normal().string();
 }
 
 }  // namespace
@@ -110,7 +113,8 @@ std::vector<Subject> subjects_of(const Machine& machine,
                                  const std::vector<Installation>& installations,
                                  const Wishes& wishes) {
   const Environment& environment = machine.environment;
-  Names folders;
+  Names folders(
+      {".tmp", "summary.txt", "manifest.json", "versions.txt", "system.txt", "environment.txt"});
   std::vector<Subject> subjects{{.name = folders.take("machine"),
                                  .environment = environment,
                                  .is_independent = machine.is_independent}};

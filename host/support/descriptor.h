@@ -22,7 +22,6 @@ class Descriptor {
 
   [[nodiscard]] bool is_open() const { return fd_ >= 0; }
   [[nodiscard]] int get() const { return fd_; }
-  int release() { return std::exchange(fd_, -1); }
   void reset() {
     if (fd_ >= 0) ::close(fd_);
     fd_ = -1;

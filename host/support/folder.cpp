@@ -4,10 +4,14 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
+#include <vector>
 
 #include "support/failure.h"
+#include "support/names.h"
+#include "support/processes.h"
 #include "support/text.h"
 
 namespace host {
@@ -42,7 +46,22 @@ Descriptor make_folder(int parent, const std::string& name) {
   return Descriptor();
 }
 
-std::string path_of(int fd) { return "/proc/self/fd/" + std::to_string(fd); }
+void tidy_names_in(const fs::path& folder) {
+  std::error_code error;
+  std::vector<fs::path> all;
+  for (const auto& entry : fs::directory_iterator(folder, error)) all.push_back(entry.path());
+  std::sort(all.begin(), all.end());
+  // Those that may stay come first, so that none of them is taken by another.
+  std::stable_partition(all.begin(), all.end(), [](const fs::path& path) {
+    return safe_name(path.filename().string()) == path.filename().string();
+  });
+  Names names;
+  for (const fs::path& path : all) {
+    const fs::path tidy = path.parent_path() / names.take(path.filename().string());
+    if (tidy != path) fs::rename(path, tidy, error);
+    if (fs::is_directory(fs::symlink_status(tidy, error))) tidy_names_in(tidy);
+  }
+}
 
 }  // namespace
 
@@ -64,15 +83,26 @@ OutputFolder::OutputFolder(const fs::path& parent, const std::string& name) {
     remove_all();
     fail(reason);
   }
-  temporary_ = "/proc/" + std::to_string(::getpid()) + "/fd/" + std::to_string(folder_.get()) +
-               "/" + kTemporary;
-  if (!fs::exists(temporary_, error)) temporary_ = path() / kTemporary;
+  temporary_ = has_proc() ? "/proc/" + std::to_string(::getpid()) + "/fd/" +
+                                std::to_string(folder_.get()) + "/" + kTemporary
+                          : (made_ / kTemporary).string();
+}
+
+fs::path OutputFolder::way() const {
+  return has_proc() ? fs::path("/proc/self/fd/" + std::to_string(folder_.get())) : made_;
 }
 
 fs::path OutputFolder::path() const {
   std::error_code error;
-  const fs::path now = fs::read_symlink(path_of(folder_.get()), error);
+  const fs::path now = fs::read_symlink(way(), error);
   return error ? made_ : now;
+}
+
+void OutputFolder::tidy_names() const { tidy_names_in(way()); }
+
+bool OutputFolder::is_there() const {
+  struct stat status {};
+  return ::fstat(folder_.get(), &status) == 0 && status.st_nlink > 0;
 }
 
 bool OutputFolder::make_way_to(const std::string& file) const {
@@ -112,13 +142,13 @@ void OutputFolder::remove(const std::string& file) const {
 
 void OutputFolder::remove_temporary() const {
   std::error_code error;
-  fs::remove_all(fs::path(path_of(folder_.get())) / kTemporary, error);
+  fs::remove_all(way() / kTemporary, error);
 }
 
 void OutputFolder::remove_all() const {
   std::error_code error;
   const fs::path where = path();
-  for (const auto& entry : fs::directory_iterator(path_of(folder_.get()), error)) {
+  for (const auto& entry : fs::directory_iterator(way(), error)) {
     fs::remove_all(entry.path(), error);
   }
   static_cast<void>(::rmdir(where.c_str()));

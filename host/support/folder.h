@@ -30,6 +30,12 @@ class OutputFolder {
 
   void remove(const std::string& file) const;
 
+  // Gives whatever is in it a name that is safe to have.
+  void tidy_names() const;
+
+  // Nobody has removed it meanwhile.
+  [[nodiscard]] bool is_there() const;
+
   // A folder for temporary files, by a path that holds wherever the output folder is moved to, for
   // as long as this process lives.
   [[nodiscard]] const std::string& temporary() const { return temporary_; }
@@ -39,6 +45,9 @@ class OutputFolder {
   void remove_all() const;
 
  private:
+  // A path to it that holds while this process lives, if there is /proc to make one.
+  [[nodiscard]] std::filesystem::path way() const;
+
   std::filesystem::path made_;  // for a machine without /proc
   Descriptor folder_;
   std::string temporary_;

@@ -5,6 +5,7 @@
 #include <sys/vfs.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -62,9 +63,9 @@ Room::Room(int folder) noexcept {
   has_inodes = status.f_files == 0 || status.f_ffree > 0;
 }
 
-bool Room::is_short() const noexcept {
-  constexpr std::uint64_t kNextToNothing = 8UL << 10U;
-  return bytes < kNextToNothing || !has_inodes;
+bool Room::is_short_for(std::uint64_t more) const noexcept {
+  constexpr std::uint64_t kBlock = 4096;
+  return bytes < std::max(more, kBlock) || !has_inodes;
 }
 
 }  // namespace host

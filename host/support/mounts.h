@@ -24,8 +24,8 @@ struct Mount {
 struct Room {
   explicit Room(int folder) noexcept;
 
-  // Next to nothing is left.
-  [[nodiscard]] bool is_short() const noexcept;
+  // Not even room for one more block of this many bytes.
+  [[nodiscard]] bool is_short_for(std::uint64_t more) const noexcept;
 
   std::uint64_t bytes = UINT64_MAX;
   bool has_inodes = true;

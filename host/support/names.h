@@ -4,6 +4,7 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace host {
 
@@ -13,6 +14,9 @@ namespace host {
 // Names that are safe and never given twice.
 class Names {
  public:
+  Names() = default;
+  explicit Names(std::set<std::string> taken) : taken_(std::move(taken)) {}
+
   [[nodiscard]] std::string take(std::string_view wanted);
 
  private:

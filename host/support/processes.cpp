@@ -70,10 +70,30 @@ std::multimap<pid_t, pid_t> all_by_parent() {
   return by_parent;
 }
 
+bool has_threads(pid_t pid) {
+  return numbers_in("/proc/" + std::to_string(pid) + "/task").size() > 1;
+}
+
+// One whose first thread has ended may live on in others.
+bool has_ended(const Process& process) {
+  return process.state == 'X' || (process.state == 'Z' && !has_threads(process.pid));
+}
+
+bool is_among(std::string_view word, std::initializer_list<std::string_view> words) {
+  return std::find(words.begin(), words.end(), word) != words.end();
+}
+
 bool is_shell(std::string_view word) {
-  constexpr std::array<std::string_view, 5> kShells{"sh", "bash", "dash", "ksh", "zsh"};
-  const std::string_view name = word.substr(word.rfind('/') + 1);
-  return std::find(kShells.begin(), kShells.end(), name) != kShells.end();
+  return is_among(word.substr(word.rfind('/') + 1), {"sh", "bash", "dash", "ksh", "zsh"});
+}
+
+// Neither the program itself nor anything that it would be known by.
+bool says_nothing(std::string_view word) {
+  const bool is_setting = word.find('=') != std::string::npos && word[0] != '/';
+  const bool is_number = word.find_first_not_of("0123456789.smh") == std::string_view::npos;
+  return is_shell(word) || word[0] == '-' || is_setting || is_number ||
+         is_among(word, {"env", "exec", "nice", "ionice", "nohup", "setsid", "stdbuf", "sudo",
+                         "time", "timeout"});
 }
 
 // Takes the next word off the command line, without its quotes.
@@ -98,6 +118,15 @@ std::string take_word(std::string_view& rest) {
 
 }  // namespace
 
+bool has_proc() {
+  static const bool is_ours = [] {
+    std::array<char, 16> number{};
+    const ssize_t size = ::readlink("/proc/self", number.data(), number.size() - 1);
+    return size > 0 && std::string(number.data()) == std::to_string(::getpid());
+  }();
+  return is_ours;
+}
+
 std::optional<Process> read_process(pid_t pid) {
   const std::string stat = read_proc(pid, "stat");
   const std::size_t name_end = stat.rfind(')');  // the name before it may hold anything
@@ -113,6 +142,7 @@ std::optional<Process> read_process(pid_t pid) {
 }
 
 std::vector<Process> descendants(pid_t root) {
+  if (!has_proc()) return {};
   std::multimap<pid_t, pid_t> by_parent;
   if (!lists_children()) by_parent = all_by_parent();
   std::vector<Process> found;
@@ -127,7 +157,7 @@ std::vector<Process> descendants(pid_t root) {
     }
     for (const pid_t child : children) {
       const auto process = read_process(child);
-      if (!process || process->state == 'Z' || process->state == 'X') continue;
+      if (!process || has_ended(*process)) continue;
       found.push_back(*process);
       parents.push_back(child);
     }
@@ -145,7 +175,12 @@ double age_in_seconds(const Process& process) {
 }
 
 std::string command_line_of(pid_t pid) {
-  std::string arguments = read_proc(pid, "cmdline");
+  const std::string arguments = read_proc(pid, "cmdline");
+  static const std::string own = read_proc(::getpid(), "cmdline");
+  if (arguments.empty() || arguments == own) {
+    std::string name = read_proc(pid, "comm");
+    return "[" + name.substr(0, name.find('\n')) + "]";
+  }
   std::vector<std::string> words;
   std::istringstream list(arguments);
   for (std::string word; std::getline(list, word, '\0');) words.push_back(word);
@@ -159,24 +194,11 @@ std::string program_of(std::string_view command_line) {
   std::string first;
   for (std::string word = take_word(command_line); !word.empty(); word = take_word(command_line)) {
     if (first.empty()) first = word;
-    const bool is_setting = word.find('=') != std::string::npos && word[0] != '/';
-    if (is_shell(word) || word[0] == '-' || is_setting) continue;
-    if (word == "." || word == "export") {
-      static_cast<void>(take_word(command_line));  // what is read or set
-      continue;
-    }
-    return word;
+    if (says_nothing(word)) continue;
+    if (!is_among(word, {".", "cd", "export"})) return word;
+    static_cast<void>(take_word(command_line));  // what is read, entered or set
   }
   return first;
-}
-
-std::optional<std::uint64_t> bytes_written(pid_t pid) {
-  std::istringstream counts(read_proc(pid, "io"));
-  std::uint64_t value = 0;
-  for (std::string name; counts >> name >> value;) {
-    if (name == "wchar:") return value;
-  }
-  return std::nullopt;
 }
 
 bool send_signal(const Process& process, int signal) {

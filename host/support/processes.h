@@ -22,6 +22,9 @@ struct Process {
   bool operator==(const Process& other) const { return pid == other.pid && start == other.start; }
 };
 
+// Whether /proc tells of this process and those it can see.
+[[nodiscard]] bool has_proc();
+
 [[nodiscard]] std::optional<Process> read_process(pid_t pid);
 
 // All processes below this one, parents before their children, without those that have ended.
@@ -29,14 +32,13 @@ struct Process {
 
 [[nodiscard]] double age_in_seconds(const Process& process);
 
-// Its command line: that of the shell command where it is a shell's.
+// Its command line: that of the shell command where it is a shell's. In brackets its name where it
+// has none of its own: a process that a worker has made of itself, say.
 [[nodiscard]] std::string command_line_of(pid_t pid);
 
-// The program that a command line is about: its first word that is neither a shell nor a setting.
+// The program that a command line is about: its first word that is neither a shell, a setting nor
+// a program that only runs another one.
 [[nodiscard]] std::string program_of(std::string_view command_line);
-
-// How many bytes it has written so far; nothing when the system does not tell.
-[[nodiscard]] std::optional<std::uint64_t> bytes_written(pid_t pid);
 
 // Sends the signal to this process and to no other that has got its number since. False when the
 // process may not be signalled.

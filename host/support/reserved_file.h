@@ -16,10 +16,16 @@ class ReservedFile {
   ReservedFile(const OutputFolder& folder, const std::string& name, off_t size);
 
   // Writes all of the text or nothing.
-  [[nodiscard]] bool write(const std::string& text) const;
+  [[nodiscard]] bool write(const std::string& text);
+
+  // Why that could not be done: an error number.
+  [[nodiscard]] int error() const { return error_; }
 
  private:
+  const OutputFolder& folder_;
+  std::string name_;
   Descriptor file_;
+  int error_ = 0;
 };
 
 }  // namespace host

@@ -54,6 +54,13 @@ std::string printable(std::string_view text) {
   return result;
 }
 
+std::string without_controls(std::string text) {
+  constexpr unsigned char kDelete = 0x7f;
+  std::replace_if(
+      text.begin(), text.end(), [](unsigned char c) { return c < ' ' || c == kDelete; }, '?');
+  return text;
+}
+
 std::string fitted(std::string_view text, std::size_t width) {
   constexpr std::string_view kMore = "...";
   constexpr std::size_t kMostBytes = 4;  // of a character

@@ -12,6 +12,9 @@ namespace host {
 // the machine may steer a terminal.
 [[nodiscard]] std::string printable(std::string_view text);
 
+// With a "?" for each control character alone: a path that is still one.
+[[nodiscard]] std::string without_controls(std::string text);
+
 // As printable(), and no longer than `width` characters; a longer one ends in "...".
 [[nodiscard]] std::string fitted(std::string_view text, std::size_t width);
 

@@ -2,6 +2,7 @@
 //   r JSON   the result of a row
 //   n TEXT   what the row is at now
 //   g JSON   something seen of the machine
+//   v TEXT   the version of the plug-in
 //   f TEXT   why this worker can do nothing at all
 // Besides them stand those that its signal handlers send.
 #pragma once

@@ -22,14 +22,15 @@ void note_missing(Found& found, const char* variable, mode_t kind) {
   const char* named = std::getenv(variable);
   if (named == nullptr || (::stat(named, &status) == 0 && (status.st_mode & S_IFMT) == kind))
     return;
-  found.missing.push_back(std::string(variable) + " names " + named + ", which is not there");
+  found.missing.push_back(*named == '\0'
+                              ? std::string(variable) + " is set and empty"
+                              : std::string(variable) + " names " + named + ", which is not there");
 }
 
 }  // namespace
 
 Found discover(const Plugin& plugin) {
   Found found;
-  found.plugin_version = *find_entry("GetAPIVersion").call(plugin, {}).text;
   const std::vector<std::string> all{std::to_string(SEL_ANY)};
   static_cast<void>(find_entry("GetPelVersList").call(plugin, all));
   auto* strip_patch = plugin.function<decltype(::RmPatchInfoPHM)>("RmPatchInfoPHM");

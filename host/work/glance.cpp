@@ -1,8 +1,10 @@
 #include "work/glance.h"
 
+#include <pwd.h>
 #include <sched.h>
 #include <sys/statvfs.h>
 #include <sys/timex.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -95,13 +97,21 @@ bool is_of_network(const Mount& mount) {
          mount.type.starts_with("smb") || mount.type.starts_with("fuse");
 }
 
-json fullness(const Mount& mount) {
+// Whoever keeps the names of users may be slow to answer, or not answer at all.
+json user() {
+  const passwd* entry = ::getpwuid(::geteuid());
+  return {{"user", entry == nullptr ? "" : entry->pw_name}};
+}
+
+json fullness(const Mount& mount, std::set<unsigned long>& seen) {
   constexpr unsigned long kPercent = 100;
   constexpr unsigned long kNearlyFull = 90;
   json full = json::array();
   struct statvfs status {};
   if (::statvfs(mount.point.c_str(), &status) != 0 || status.f_blocks == 0) return full;
-  if ((status.f_flag & ST_RDONLY) != 0) return full;
+  // Several mounts may show one file system.
+  const bool is_known = status.f_fsid != 0 && !seen.insert(status.f_fsid).second;
+  if (is_known || (status.f_flag & ST_RDONLY) != 0) return full;
   const auto add = [&](unsigned long used, unsigned long free, const char* what) {
     if (used + free == 0) return;
     const unsigned long percent = (used * kPercent + used + free - 1) / (used + free);
@@ -118,12 +128,14 @@ void look_around(const Answers& answers) {
   for (const auto& seen : {load(), memory(), processes(), clock()}) answers.send('g', seen);
   std::vector<Mount> all = mounts();
   std::stable_partition(all.begin(), all.end(), [](const Mount& m) { return !is_of_network(m); });
-  std::set<std::string> seen;
+  std::set<unsigned long> file_systems;
   for (const Mount& mount : all) {
-    if (!is_worth_a_look(mount) || !seen.insert(mount.point).second) continue;
+    if (!is_worth_a_look(mount)) continue;
     answers.send('n', "waiting for the file system " + mount.point);
-    answers.send('g', json{{"full", fullness(mount)}});
+    answers.send('g', json{{"full", fullness(mount, file_systems)}});
   }
+  answers.send('n', std::string("waiting for the name of the user"));
+  answers.send('g', user());
   answers.send('n', std::string());
 }
 
@@ -131,6 +143,7 @@ void Glance::add(const json& seen) {
   const auto take = [&seen](const char* name, auto& value) {
     if (seen.contains(name)) seen.at(name).get_to(value);
   };
+  take("user", user);
   take("uptime", uptime);
   take("load", load);
   take("cores", cores);

@@ -15,6 +15,7 @@ void look_around(const Answers& answers);
 
 // The machine, as far as it was seen.
 struct Glance {
+  std::string user;  // who collects
   double uptime = -1;
   std::string load;
   unsigned cores = 0;

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <system_error>
 
 #include "sit/obvalid.h"
 #include "sit/pelver.h"
@@ -72,24 +71,6 @@ void copy_overwritten_logs(const Plugin& plugin, const Step& step, const LogFold
     const std::string target =
         folder.folder + "/" + copied[i].filename().string() + "." + std::to_string(i + 1);
     if (is_overwritten) static_cast<void>(copy(copied[i].c_str(), target.c_str(), 1));
-  }
-}
-
-void tidy_names(const std::string& folder) {
-  std::error_code error;
-  std::vector<fs::path> all;
-  for (const auto& entry : fs::directory_iterator(folder, error)) all.push_back(entry.path());
-  std::sort(all.begin(), all.end());
-  Names names;
-  const auto is_safe = [](const fs::path& path) {
-    return safe_name(path.filename().string()) == path.filename().string();
-  };
-  // Those that may stay come first, so that none of them is taken by another.
-  std::stable_partition(all.begin(), all.end(), is_safe);
-  for (const fs::path& path : all) {
-    const fs::path tidy = path.parent_path() / names.take(path.filename().string());
-    if (tidy != path) fs::rename(path, tidy, error);
-    if (fs::is_directory(fs::symlink_status(tidy, error))) tidy_names(tidy);
   }
 }
 

@@ -21,7 +21,4 @@ struct LogFolder {
 // Two logs of one broker may have one name; the one that was copied first is then copied again.
 void copy_overwritten_logs(const Plugin& plugin, const Step& step, const LogFolder& folder);
 
-// Gives the copies in the folder names that are safe to have.
-void tidy_names(const std::string& folder);
-
 }  // namespace host

@@ -1,5 +1,9 @@
 // A library of a product that falls sick, in the way that SICKNESS names, when it is asked for its
 // version or called.
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -22,6 +26,12 @@ EXPORT void fall_sick() {
   const char* variable = std::getenv("SICKNESS");
   const std::string sickness = variable == nullptr ? "" : variable;
   std::fputs("the library's last words\n", stderr);
+  if (sickness == "stray") {
+    // Nothing of this is to be felt in the next row.
+    static_cast<void>(::chdir("/"));
+    ::umask(0);
+    for (int signal = 1; signal < NSIG; ++signal) std::signal(signal, SIG_IGN);
+  }
   if (sickness == "abort") std::abort();
   if (sickness == "exit") std::exit(3);
   if (sickness == "overflow") overflow();
