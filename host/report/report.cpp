@@ -64,7 +64,7 @@ bool is_here(std::string_view command) {
   std::istringstream path((variable == nullptr ? "" : variable) +
                           std::string(":/usr/bin:/bin:/usr/sbin:/sbin"));
   for (std::string folder; std::getline(path, folder, ':');) {
-    if (::access((folder + "/" + program).c_str(), X_OK) == 0) return true;
+    if (::access(folder.append("/").append(program).c_str(), X_OK) == 0) return true;
   }
   return false;
 }

@@ -43,7 +43,7 @@ class Progress {
 
  private:
   void erase();
-  void print(const std::string& text);
+  static void print(const std::string& text);
 
   Form form_;
   std::size_t rows_ = 0;

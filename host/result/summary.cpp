@@ -55,7 +55,7 @@ std::vector<std::string> quoted(std::vector<std::string> words) {
     for (std::size_t at = 0; (at = word.find('\'', at)) != std::string::npos; at += kQuote.size()) {
       word.replace(at, 1, kQuote);
     }
-    word = "'" + word + "'";
+    word.insert(0, 1, '\'').push_back('\'');
   }
   return words;
 }

@@ -67,7 +67,7 @@ class Supervisor {
   void take_signals();
   void reap();
   void bury(Worker& worker, const std::string& crash);
-  void stop(Worker& worker);
+  static void stop(Worker& worker);
 
   // From time to time.
   void look();
