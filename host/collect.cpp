@@ -81,12 +81,18 @@ std::string note_on_limits() {
          (limit.rlim_cur == RLIM_INFINITY ? "unlimited" : size_text(limit.rlim_cur));
 }
 
+std::filesystem::path temporary_folder() {
+  std::error_code error;
+  const std::filesystem::path named = std::filesystem::temp_directory_path(error);
+  return error ? "/tmp" : named;
+}
+
 class Collecting {
  public:
   explicit Collecting(const CollectOptions& options)
       : options_(options),
         progress_(options.progress),
-        folder_(options.lists_steps ? std::filesystem::temp_directory_path() : options.output,
+        folder_(options.lists_steps ? temporary_folder() : options.output,
                 folder_name(options, started_)),
         supervisor_(options.settings, signals_, folder_, options.limits, progress_),
         environments_(environments_of(options)),
@@ -96,9 +102,9 @@ class Collecting {
     try {
       prepare();
       if (options_.lists_steps) {
-        list_steps();
+        const int status = list_steps();
         folder_.remove_all();
-        return kComplete;
+        return status;
       }
       supervisor_.run_all_but("");
     } catch (const Failure&) {  // there is nothing to bring home
@@ -119,7 +125,7 @@ class Collecting {
     const Step glance = glance_step();
     if (options_.selection.needs_installations()) discover();
     if (options_.selection.wants(glance) && !options_.lists_steps) {
-      supervisor_.add({.name = "glance", .environment = {}, .steps = {glance}});
+      supervisor_.add({.environment = {}, .steps = {glance}});
     }
     supervisor_.run_all_but(glance.id);
     take_installations();
@@ -152,7 +158,7 @@ class Collecting {
       const Step step =
           discovery_step(i + 1, options_.installations.empty() ? "" : options_.installations[i]);
       if (options_.selection.skips(step)) continue;
-      supervisor_.add({.name = step.id, .environment = environments_[i], .steps = {step}});
+      supervisor_.add({.environment = environments_[i], .steps = {step}});
       sought_.push_back(step.id);
     }
   }
@@ -160,34 +166,40 @@ class Collecting {
   void take_installations() {
     for (std::size_t i = 0; i < sought_.size(); ++i) {
       const auto& found = supervisor_.found(sought_[i]);
-      is_discovered_ = is_discovered_ && found.has_value();
+      // Where an installation is amiss, one must not be blamed for naming what it would have.
+      is_discovered_ = is_discovered_ && found && found->missing.empty();
       if (!found) continue;
       if (machine_.is_independent && !found->installations.empty()) {
         machine_ = {.environment = environments_[i], .is_independent = false};
       }
       for (Installation installation : found->installations) {
         installation.environment = environments_[i];
+        is_discovered_ = is_discovered_ && !installation.version.empty();
         if (!installation.version.empty()) installations_.push_back(installation);
       }
     }
   }
 
-  void list_steps() const {
+  // Returns the exit status.
+  int list_steps() const {
+    std::set<std::string> there;
+    const auto list = [&there](const Step& step) {
+      there.insert(step.kind->id);
+      std::cout << printable(step.id + "  " + step.title +
+                             (step.left_out.empty() ? "" : "  [" + step.left_out + "]"))
+                << "\n";
+    };
+    list(discovery_step(1, ""));
+    list(glance_step());
     for (const Subject& subject : subjects_) {
-      for (const Step& step : subject.steps) {
-        std::cout << printable(step.id + "  " + step.title +
-                               (step.left_out.empty() ? "" : "  [" + step.left_out + "]"))
-                  << "\n";
-      }
-    }
-    std::set<const StepKind*> there;
-    for (const Subject& subject : subjects_) {
-      for (const Step& step : subject.steps) there.insert(step.kind);
+      for (const Step& step : subject.steps) list(step);
     }
     for (const StepKind& kind : step_kinds()) {
-      if (there.contains(&kind) || kind.on == On::kDiscovery) continue;
-      std::cout << kind.id << "  does not apply: " << why_absent(kind, installations_) << "\n";
+      const std::string why = why_absent(kind, installations_);
+      if (there.contains(kind.id)) continue;
+      std::cout << printable(kind.id + std::string("  does not apply: ") + why) << "\n";
     }
+    return is_discovered_ ? kComplete : kPartial;
   }
 
   int finish() {

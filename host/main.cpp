@@ -5,6 +5,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <charconv>
 #include <cmath>
 #include <csignal>
 #include <exception>
@@ -45,10 +46,15 @@ void add_plugin_option(CLI::App& to, CommandLine& line) {
       ->type_name("FILE");
 }
 
+// Refuses what names nothing.
+std::string not_empty(const std::string& text) {
+  return text.empty() ? "it must not be empty" : std::string();
+}
+
 // An option that may be given several times, one value each.
 void add_repeated(CLI::App& to, const char* name, std::vector<std::string>& values,
                   const char* what, const char* form) {
-  to.add_option(name, values, what)->type_name(form)->allow_extra_args(false);
+  to.add_option(name, values, what)->type_name(form)->allow_extra_args(false)->check(not_empty);
 }
 
 void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
@@ -59,7 +65,8 @@ void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
   collect
       .add_option("--monitoring", options.monitoring,
                   "init file of the monitoring product, instead of that which DELVONINIT names")
-      ->type_name("FILE");
+      ->type_name("FILE")
+      ->check(not_empty);
   add_repeated(collect, "--netscape", line.netscape, "a Netscape/iPlanet server", "ROOT[,NAME]");
   add_repeated(collect, "--apache", options.wishes.apache, "an Apache server", "ROOT");
   add_repeated(collect, "--capture", options.wishes.commands, "run a command, keep what it prints",
@@ -83,7 +90,9 @@ std::function<std::string(const std::string&)> seconds_up_to(double longest) {
   return [longest](const std::string& text) {
     constexpr double kShortest = 0.1;
     double seconds = 0;
-    const bool is_number = CLI::detail::lexical_cast(text, seconds);
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, seconds);
+    const bool is_number = error == std::errc() && stop == end;
     if (is_number && seconds >= kShortest && seconds <= longest) return std::string();
     return "\"" + text + "\" is no number from 0.1 to " + std::to_string(std::lround(longest));
   };
@@ -96,7 +105,8 @@ void describe_how(CLI::App& collect, CommandLine& line) {
   constexpr std::size_t kMostJobs = 64;
   add_plugin_option(collect, line);
   collect.add_option("--output", options.output, "where the folder is made (default: here)")
-      ->type_name("DIR");
+      ->type_name("DIR")
+      ->check(not_empty);
   collect.add_option("--label", options.label, "goes into names, summary and manifest")
       ->type_name("TEXT");
   collect
@@ -146,11 +156,6 @@ std::pair<std::string, std::string> pair_of(const std::string& text) {
 }
 
 void complete(CommandLine& line) {
-  const std::vector<std::string>& installations = line.collect.installations;
-  if (line.collect.output.empty() ||
-      std::find(installations.begin(), installations.end(), "") != installations.end()) {
-    throw host::UsageError("--output and --installation want the name of a folder");
-  }
   for (const std::string& text : line.netscape) {
     line.collect.wishes.netscape.push_back(pair_of(text));
   }
@@ -187,6 +192,16 @@ int run_chosen(const CLI::App& app, CommandLine& line) {
   return host::call(plugin, line.call_name, app.get_subcommand("call")->remaining());
 }
 
+// The words of the command line without that which names the subcommand.
+std::vector<std::string> options_of(std::vector<std::string> words) {
+  auto subcommand = std::find(words.begin(), words.end(), "collect");
+  const bool is_value =
+      subcommand != words.begin() && subcommand != words.end() && *(subcommand - 1) == "--plugin";
+  if (is_value) subcommand = std::find(subcommand + 1, words.end(), "collect");
+  if (subcommand != words.end()) words.erase(subcommand);
+  return words;
+}
+
 int run(int argc, char** argv) {
   CLI::App app{"Collects diagnostic reports about this machine and its Pelloran products."};
   CommandLine line;
@@ -198,7 +213,7 @@ int run(int argc, char** argv) {
       throw host::UsageError("nothing to do; try sit --help");
     }
     complete(line);
-    if (argc > 2) line.collect.as_given.assign(argv + 2, argv + argc);
+    line.collect.as_given = options_of({argv + 1, argv + argc});
     return run_chosen(app, line);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : host::kWrongUsage;
@@ -214,12 +229,11 @@ int run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
-  constexpr mode_t kOwnerOnlyMask = 0077;
   // A file of ours must never be opened in the place of a closed standard stream.
   int fd = ::open("/dev/null", O_RDWR);
   while (fd >= 0 && fd <= STDERR_FILENO) fd = ::open("/dev/null", O_RDWR);
   if (fd > STDERR_FILENO) ::close(fd);
-  ::umask(kOwnerOnlyMask);  // reports hold secrets
+  ::umask(host::kOwnerOnlyMask);
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   static_cast<void>(std::signal(SIGXFSZ, SIG_IGN));
   try {

@@ -47,11 +47,10 @@ Rules of_tools(const char* section) {
           {section, "Cannot ", "^Cannot ", Sign::kError},
           {section, "WARNING: ", "^WARNING: ", Sign::kWrong},
           {section, "does not exist", " does not exist(, .*)?$", Sign::kWrong},
+          {section, ": cannot ", "^\\S+: cannot ", Sign::kError},
           {section, "cannot open shared object", "cannot open shared object file", Sign::kFailed},
           {section, "sh: ", kNotRun.pattern, Sign::kFailed}};
 }
-
-const LineRule kDeniedLine{"", "ermission denied", "[Pp]ermission denied", Sign::kDenied};
 
 }  // namespace
 
@@ -85,8 +84,7 @@ const ReportKind& system_report() {
       .rules = {kNoTemporaryFile,
                 {"", "Command: ", "^Command: ", Sign::kOutput},
                 {"", "Unable to extract", "^Unable to extract information\\.$", Sign::kNotTried},
-                {"", "  ", "^  (\\S.*)$", Sign::kTried},
-                kDeniedLine},
+                {"", "  ", "^  (\\S.*)$", Sign::kTried}},
       .blocks = {},
       .has_all_titles = true};
   return kind;

@@ -16,7 +16,7 @@ enum class Sign {
   kError,     // a part of it is missing
   kWrong,     // the report is whole and tells of something wrong
   kEnds,      // something ends on a day
-  kDenied,    // the user was not allowed to see something
+  kTimedOut,  // a command was ended for its age: no line tells this, the supervisor does
 };
 
 struct LineRule {

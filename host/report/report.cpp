@@ -1,5 +1,6 @@
 #include "report/report.h"
 
+#include <re2/re2.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,8 @@ namespace host {
 namespace {
 
 constexpr std::size_t kHeld = 256;
+constexpr std::size_t kHeldOfEnd = 61;
+constexpr std::string_view kLeftOut = "...";
 constexpr std::size_t kMostSections = 1000;
 constexpr std::size_t kMostFindings = 500;  // of a kind
 constexpr std::string_view kEndMark = "==End of Log==";
@@ -131,56 +134,73 @@ void Report::take(std::string_view bytes) {
   line_.is_rule = line_.is_rule && bytes.find_first_not_of('=') == std::string_view::npos;
   line_.length += bytes.size();
   offset_ += bytes.size();
-  if (line_.start.size() < kHeld) line_.start += bytes.substr(0, kHeld - line_.start.size());
+  const std::size_t taken = std::min(bytes.size(), kHeld - line_.text.size());
+  line_.text += bytes.substr(0, taken);
+  bytes.remove_prefix(taken);
+  if (bytes.size() >= kHeldOfEnd) {
+    line_.tail = bytes.substr(bytes.size() - kHeldOfEnd);
+  } else if (!bytes.empty()) {
+    line_.tail += bytes;
+    line_.tail.erase(0, line_.tail.size() - std::min(line_.tail.size(), kHeldOfEnd));
+  }
 }
 
 bool Report::is_title(const Line& line) const {
   return line.length > 0 && line.length == line_.length && line_.is_rule &&
-         is_among(kind_.titles, line.start);
+         is_among(kind_.titles, line.text);
 }
 
 // A line is looked at when the next one has come: it may turn out a title.
 void Report::end_line() {
+  if (line_.length > kHeld) {
+    const std::string end = line_.text.substr(kHeld - kHeldOfEnd) + line_.tail;
+    line_.text.resize(kHeld - kHeldOfEnd - kLeftOut.size());
+    line_.text.append(kLeftOut).append(end, end.size() - kHeldOfEnd);
+  }
   if (in_header_) {
     in_header_ = !(line_.is_rule && line_.length == kHeaderRule) && line_.number < kHeaderLines;
     previous_ = {};
   } else if (is_title(previous_)) {
-    begin_section(previous_.start);
+    begin_section(previous_.text);
     previous_ = {};
   } else {
     read_content();
     std::swap(previous_, line_);
   }
   const std::size_t number = std::max(line_.number, previous_.number) + 1;
-  line_.start.clear();
+  line_.text.clear();
+  line_.tail.clear();
   line_.length = 0;
   line_.is_rule = false;
   line_.number = number;
   line_.offset = offset_;
+  place_events();
 }
 
 void Report::read_content() {
-  if (is_blank(previous_.start)) return;
-  if (previous_.start == kEndMark) {
+  if (is_blank(previous_.text)) return;
+  if (previous_.text == kEndMark) {
     has_end_mark_ = true;
     return;
   }
   has_end_mark_ = false;
   ++sections_.back().content;
-  if (!kind_.is_output) classify();
+  if (kind_.is_output) return;
+  if (previous_.text.find("ermission denied") != std::string::npos) ++denied_;
+  classify();
 }
 
 void Report::classify() {
-  if (!in_output_) begin_block();
+  if (in_output_) return;
+  begin_block();
   for (const std::size_t i : active_rules_) {
     const LineRule& rule = kind_.rules[i];
-    if (in_output_ && rule.sign != Sign::kDenied) continue;
-    if (previous_.start.find(rule.literal) == std::string::npos) continue;
+    if (previous_.text.find(rule.literal) == std::string::npos) continue;
     std::string captured;
     const RE2& pattern = *compiled_->rules[i];
     const bool holds = pattern.NumberOfCapturingGroups() > 0
-                           ? RE2::PartialMatch(previous_.start, pattern, &captured)
-                           : RE2::PartialMatch(previous_.start, pattern);
+                           ? RE2::PartialMatch(previous_.text, pattern, &captured)
+                           : RE2::PartialMatch(previous_.text, pattern);
     if (!holds) continue;
     apply(rule, captured);
     return;
@@ -189,7 +209,7 @@ void Report::classify() {
 
 void Report::apply(const LineRule& rule, const std::string& captured) {
   Section& section = sections_.back();
-  std::string words = *rule.words == '\0' ? previous_.start : rule.words;
+  std::string words = *rule.words == '\0' ? previous_.text : rule.words;
   switch (rule.sign) {
     case Sign::kOutput:
       in_output_ = true;
@@ -201,9 +221,6 @@ void Report::apply(const LineRule& rule, const std::string& captured) {
       return;
     case Sign::kTried:
       if (section.outcome == SectionOutcome::kFailed) section.tried.push_back(captured);
-      return;
-    case Sign::kDenied:
-      ++denied_;
       return;
     case Sign::kNotHere:
       judge(SectionOutcome::kNotHere, words, previous_.number);
@@ -219,19 +236,18 @@ void Report::apply(const LineRule& rule, const std::string& captured) {
       judge(SectionOutcome::kIncomplete, words, previous_.number);
       break;
     case Sign::kWrong:
+    case Sign::kTimedOut:
       break;
   }
-  is_out_of_space_ = is_out_of_space_ || previous_.start.ends_with(" = 28");
-  add_finding(rule.sign, words);
+  is_out_of_space_ = is_out_of_space_ || previous_.text.ends_with(" = 28");
+  add_finding({previous_.number, rule.sign, words});
 }
 
-void Report::add_finding(Sign sign, const std::string& text, int days) {
-  ++sections_.back().findings;
-  const std::size_t count = ++found_[sign];
+void Report::add_finding(Finding finding) {
+  const std::size_t count = ++found_[finding.sign];
   if (count > kMostFindings) return;
-  findings_.push_back({previous_.number, sign,
-                       count < kMostFindings ? text : "There are more lines like those above",
-                       days});
+  if (count == kMostFindings) finding.text = "There are more lines like those above";
+  findings_.push_back(std::move(finding));
 }
 
 void Report::add_ending(const LineRule& rule, const std::string& date) {
@@ -249,19 +265,20 @@ void Report::add_ending(const LineRule& rule, const std::string& date) {
   const std::string when =
       has_ended ? " ended on "
                 : " ends in " + counted(static_cast<std::size_t>(days), "day") + ", on ";
-  add_finding(Sign::kEnds, rule.words + when + day.data(), days - (has_ended ? 1 : 0));
+  add_finding(
+      {previous_.number, Sign::kEnds, rule.words + when + day.data(), days - (has_ended ? 1 : 0)});
 }
 
 void Report::begin_block() {
   for (const std::size_t i : active_blocks_) {
     std::string name;
-    if (RE2::PartialMatch(previous_.start, *compiled_->starts[i], &name)) {
+    if (RE2::PartialMatch(previous_.text, *compiled_->starts[i], &name)) {
       end_block();
       block_ = name;
       return;
     }
     if (*kind_.blocks[i].name != '\0' &&
-        RE2::PartialMatch(previous_.start, *compiled_->names[i], &name)) {
+        RE2::PartialMatch(previous_.text, *compiled_->names[i], &name)) {
       block_ += " (" + name + ")";
       return;
     }
@@ -322,68 +339,13 @@ void Report::judge(SectionOutcome outcome, const std::string& why, std::size_t l
   section.why_line = line;
 }
 
-void Report::note(std::uint64_t offset, SectionOutcome outcome, const std::string& why,
-                  Weight weight) {
-  const bool is_known = std::any_of(events_.begin(), events_.end(), [&](const Event& event) {
-    return event.offset == offset && event.outcome == outcome;
-  });
-  if (!is_known && events_.size() < kMostFindings)
-    events_.push_back({offset, outcome, why, weight});
-}
-
-void Report::finish(const std::string& no_space) {
-  if (line_.length > 0) end_line();
-  read_content();  // the last line has no next one
-  previous_ = {};
-  end_section();
-  for (const Event& event : events_) apply(event);
-  if (!no_space.empty()) blame_space(no_space);
-}
-
-void Report::apply(const Event& event) {
-  const auto after = std::find_if(sections_.begin() + 1, sections_.end(),
-                                  [&](const Section& s) { return s.offset >= event.offset; });
-  Section& section = *(after - 1);
-  const bool is_ok = section.outcome == SectionOutcome::kOk;
-  const bool is_replaced =
-      event.weight != Weight::kAlways && is_ok && section.output_offset >= event.offset;
-  const bool is_told = event.weight == Weight::kAlone && section.findings > 0;
-  // That there was no room explains whatever else is wrong but what came from outside.
-  const bool explains = event.outcome == SectionOutcome::kIncomplete &&
-                        event.weight != Weight::kAlone &&
-                        section.outcome < SectionOutcome::kTimedOut;
-  if (is_replaced || is_told || !(event.outcome > section.outcome || explains)) return;
-  section.outcome = event.outcome;
-  section.why = event.why;
-  section.why_line = 0;
-}
-
-// What else could go wrong where there is no room: a command that could not write its output, a
-// title that never reached the file.
-void Report::blame_space(const std::string& no_space) {
-  for (Section& section : sections_) {
-    if (section.outcome < SectionOutcome::kEmpty || section.outcome > SectionOutcome::kFailed) {
-      continue;
-    }
-    section.outcome = SectionOutcome::kIncomplete;
-    section.why = no_space;
-    section.why_line = 0;
-  }
-  if (has_end_mark_ || !kind_.has_all_titles) return;
-  for (const char* title : kind_.titles) {
-    const bool is_there = std::any_of(sections_.begin(), sections_.end(),
-                                      [title](const Section& s) { return s.title == title; });
-    if (is_there) continue;
-    sections_.push_back({.title = title, .outcome = SectionOutcome::kIncomplete, .why = no_space});
-  }
-}
-
 bool Follower::read_on(const OutputFolder& folder, const std::string& file, Report& report,
                        std::size_t most) {
   if (!file_.is_open()) file_ = folder.open(file);
   if (!file_.is_open()) return true;
   std::array<char, 65536> block;
   for (std::size_t taken = 0; taken < most;) {
+    if (report.size() >= kLargestFile) return true;
     const ssize_t got = ::read(file_.get(), block.data(), block.size());
     if (got <= 0) return true;
     report.feed({block.data(), static_cast<std::size_t>(got)});

@@ -1,8 +1,6 @@
 // Reads a report, also while it is being written: its sections, what became of each, and the lines
-// that tell that something is missing or wrong. Holds no more than the start of a line at a time.
+// that tell that something is missing or wrong. Holds 256 bytes of a line at most.
 #pragma once
-
-#include <re2/re2.h>
 
 #include <cstdint>
 #include <ctime>
@@ -18,10 +16,16 @@
 
 namespace host {
 
+// No report may grow longer, in bytes, and none is read any further.
+constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 30U;
+
 // What became of a section, from well to bad.
 enum class SectionOutcome { kOk, kNotHere, kEmpty, kIncomplete, kFailed, kTimedOut, kCrashed };
 
 [[nodiscard]] const char* text_of(SectionOutcome outcome);
+[[nodiscard]] inline bool is_fault(SectionOutcome outcome) {
+  return outcome >= SectionOutcome::kEmpty;
+}
 
 struct Section {
   std::string title;
@@ -29,26 +33,27 @@ struct Section {
   std::uint64_t offset = 0;  // of its title in the file
   SectionOutcome outcome = SectionOutcome::kOk;
   std::string why = {};
-  std::size_t why_line = 0;  // the finding that tells why; 0 where it is none
-  std::size_t content = 0;   // lines that are not blank
-  std::size_t findings = 0;
+  std::size_t why_line = 0;             // the finding that tells why; 0 where it is none
+  std::size_t content = 0;              // lines that are not blank
   std::uint64_t output_offset = 0;      // of what a command printed
   std::vector<std::string> tried = {};  // commands of which none succeeded
 };
 
-// When what happened to a writer counts.
-enum class Weight {
-  kAlways,
-  kUnlessReplaced,  // by another command of a section's list
-  kAlone            // in a section that tells of nothing wrong itself
-};
-
-// A line that tells of something missing or wrong.
+// Something missing or wrong, and the line that tells so.
 struct Finding {
   std::size_t line;
   Sign sign;
   std::string text;
   int days = 0;  // until the day on which something ends
+};
+
+// When something that happened to a report's writer counts.
+enum class Weight {
+  kAlways,
+  kUnlessReplaced,  // by another command of a section's list
+  kUnlessTold,      // by a line of what a command has printed
+  kForSection,      // but not as a finding: its row tells of it
+  kNever            // it only parts what is before from what is behind
 };
 
 class Report {
@@ -61,9 +66,9 @@ class Report {
   // Nothing more comes. Where there was no room for what was to be written, `no_space` says so.
   void finish(const std::string& no_space);
 
-  // The writer was at this place of the file when something happened to it.
-  void note(std::uint64_t offset, SectionOutcome outcome, const std::string& why,
-            Weight weight = Weight::kAlways);
+  // The writer was at this place of the file, which has not been read yet, when something happened
+  // to it.
+  void note(std::uint64_t offset, SectionOutcome outcome, const std::string& why, Weight weight);
 
   [[nodiscard]] const std::string& current_title() const { return sections_.back().title; }
   [[nodiscard]] const std::vector<Section>& sections() const { return sections_; }
@@ -75,7 +80,8 @@ class Report {
 
  private:
   struct Line {
-    std::string start = {};  // up to 256 bytes
+    std::string text = {};  // of a long one its start and its end
+    std::string tail = {};
     std::size_t length = 0;
     std::size_t number = 0;
     std::uint64_t offset = 0;
@@ -86,6 +92,7 @@ class Report {
     SectionOutcome outcome;
     std::string why;
     Weight weight;
+    std::size_t line = 0;  // where what the writer wrote next begins
   };
 
   void take(std::string_view bytes);
@@ -93,7 +100,7 @@ class Report {
   void read_content();
   void classify();
   void apply(const LineRule& rule, const std::string& captured);
-  void add_finding(Sign sign, const std::string& text, int days = 0);
+  void add_finding(Finding finding);
   void add_ending(const LineRule& rule, const std::string& date);
   void begin_block();
   void end_block();
@@ -101,9 +108,14 @@ class Report {
   void end_section();
   void judge(SectionOutcome outcome, const std::string& why, std::size_t line);
   void judge_tried();
-  void apply(const Event& event);
-  void blame_space(const std::string& no_space);
   [[nodiscard]] bool is_title(const Line& line) const;
+
+  // What happened to the writer.
+  void place_events();
+  void apply(const Event& event, std::size_t next_line);
+  [[nodiscard]] Section& section_at(std::uint64_t offset);
+  [[nodiscard]] bool is_told(std::size_t line, std::size_t next_line) const;
+  void blame_space(const std::string& no_space);
 
   struct Compiled;
   const ReportKind& kind_;
@@ -114,7 +126,9 @@ class Report {
 
   std::vector<Section> sections_;
   std::vector<Finding> findings_;
+  std::map<Sign, std::size_t> found_;
   std::vector<Event> events_;
+  std::size_t placed_events_ = 0;
   std::string block_;
   std::size_t block_findings_ = 0;  // where those of the block begin
   Line line_;
@@ -123,7 +137,6 @@ class Report {
   bool in_output_ = false;
   bool has_end_mark_ = false;
   bool is_out_of_space_ = false;
-  std::map<Sign, std::size_t> found_;
   std::size_t denied_ = 0;
   std::uint64_t offset_ = 0;
 };

@@ -23,6 +23,8 @@ enum Rank : int {
 
 int rank_of(const Finding& finding) {
   switch (finding.sign) {
+    case Sign::kTimedOut:
+      return kCommandEnded;
     case Sign::kLost:
       return kSectionLost;
     case Sign::kFailed:
@@ -76,6 +78,12 @@ class Problems {
          row.bytes > 0 ? row.step.file : ""});
   }
 
+  [[nodiscard]] bool tell_of(const std::string& command) const {
+    return std::any_of(all_.begin(), all_.end(), [&command](const Problem& problem) {
+      return problem.text.find("\"" + command + "\"") != std::string::npos;
+    });
+  }
+
   std::vector<Problem> take() {
     std::stable_sort(all_.begin(), all_.end(),
                      [](const Problem& a, const Problem& b) { return a.rank < b.rank; });
@@ -88,12 +96,13 @@ class Problems {
     const bool is_left = is_fault(row.outcome) && row.outcome != RowOutcome::kPartial;
     for (const Section& section : row.report->sections()) {
       const bool is_told = section.why_line != 0 || (is_left && section.why == row.why);
-      if (section.outcome < SectionOutcome::kEmpty || is_told) continue;
+      if (!is_fault(section.outcome) || is_told) continue;
       const std::string& title = section.title.empty() ? row.step.title : section.title;
       add({rank_of(section.outcome), title + ": " + text_of(section.outcome) + ", " + section.why,
            row.step.file, section.line});
     }
     for (const Finding& finding : row.report->findings()) {
+      if (is_left && finding.text == row.why) continue;
       add({rank_of(finding), finding.text, row.step.file, finding.line});
     }
   }
@@ -120,10 +129,8 @@ std::vector<Problem> problems_of(const Collection& collection) {
   }
   for (const Row& row : collection.rows) problems.add_row(row);
   for (const EndedCommand& command : collection.commands) {
-    const bool has_row = std::any_of(
-        collection.rows.begin(), collection.rows.end(),
-        [&command](const Row& row) { return row.step.id == command.row && is_fault(row.outcome); });
-    if (has_row && command.end.find("still running") == std::string::npos) continue;
+    const bool has_ended = command.end.find("still running") == std::string::npos;
+    if (has_ended && problems.tell_of(command.command_line)) continue;
     problems.add({kCommandEnded, "\"" + command.command_line + "\" " + command.end + " after " +
                                      seconds_text(command.seconds) + " s"});
   }

@@ -9,15 +9,13 @@
 namespace host {
 namespace {
 
-bool is_fault(const Section& section) { return section.outcome >= SectionOutcome::kEmpty; }
-
 // The sections that are not what they should be, in a few words; empty when all are.
 std::string faults_of(const std::vector<Section>& sections) {
   std::string faults;
   std::size_t more = 0;
   constexpr std::size_t kEnough = 100;
   for (const Section& section : sections) {
-    if (!is_fault(section)) continue;
+    if (!is_fault(section.outcome)) continue;
     if (faults.size() > kEnough) {
       ++more;
       continue;
@@ -45,7 +43,8 @@ std::string why_no_end(const Report& report) {
 // A row whose report is there.
 void conclude_report(Row& row, const std::string& lost) {
   const Report& report = *row.report;
-  const bool is_whole = report.has_end_mark() || !row.step.kind->report().has_end_mark;
+  const bool is_whole = (report.has_end_mark() || !row.step.kind->report().has_end_mark) &&
+                        report.size() < kLargestFile;
   const std::string no_end = is_whole ? "" : lost.empty() ? why_no_end(report) : lost;
   for (const std::string& why : {meaning_of(row), no_end, row.lacks}) {
     if (!why.empty()) row.own_faults += (row.own_faults.empty() ? "" : "; ") + why;
@@ -107,23 +106,29 @@ bool is_fault(RowOutcome outcome) {
   return outcome != RowOutcome::kOk && outcome != RowOutcome::kSkipped;
 }
 
-void judge(Row& row, const Found& found) {
-  row.outcome = RowOutcome::kOk;
+void conclude_discovery(Row& row, const Found& found) {
+  std::string faults;
   std::string names;
+  const auto add = [](std::string& list, const std::string& text, const char* between) {
+    list += (list.empty() ? "" : between) + text;
+  };
+  for (const std::string& missing : found.missing) add(faults, missing, "; ");
   for (const Installation& installation : found.installations) {
-    if (installation.version.empty()) {
-      row.outcome = RowOutcome::kPartial;
-      row.why += "the version of " + installation.directory +
-                 " cannot be read, so nothing of it can be asked for; ";
+    if (!installation.version.empty()) {
+      add(names, installation.key + " in " + installation.directory, ", ");
+    } else if (installation.directory.empty() ||
+               faults.find(installation.directory) != std::string::npos) {
+      continue;  // it is not even there
     } else {
-      names += (names.empty() ? "" : ", ") + installation.key + " in " + installation.directory;
+      add(faults,
+          "the version of " + installation.directory +
+              " cannot be read, so nothing of it can be asked for",
+          "; ");
     }
   }
-  for (const std::string& missing : found.missing) {
-    row.outcome = RowOutcome::kPartial;
-    row.why += missing + "; ";
-  }
-  row.why += names.empty() ? "no installation found" : names;
+  row.outcome = faults.empty() ? RowOutcome::kOk : RowOutcome::kPartial;
+  row.why = faults;
+  add(row.why, names.empty() ? "no installation found" : names, "; ");
 }
 
 void conclude(Row& row, const OutputFolder& folder, const std::string& no_space) {
@@ -135,14 +140,21 @@ void conclude(Row& row, const OutputFolder& folder, const std::string& no_space)
   } else if (!row.step.file.empty()) {
     folder.remove(row.step.file);  // made beforehand, and empty
   }
-  if (row.outcome != RowOutcome::kWaiting) return;  // the supervisor knows more
-  if (has_report) {
+  if (row.outcome != RowOutcome::kWaiting) return;  // it was left, or tells of a discovery
+  const bool has_failed = !row.code && !row.why.empty();
+  if (has_failed) {
+    row.outcome = RowOutcome::kFailed;
+  } else if (has_report) {
     conclude_report(row, lost);
     conclude_capture(row);
+  } else if (!row.nothing.empty()) {
+    row.outcome = row.lacks.empty() ? RowOutcome::kOk : RowOutcome::kPartial;
+    row.own_faults = row.lacks;
+    row.why = row.lacks.empty() ? row.nothing : row.lacks;
   } else if (!row.step.file.empty()) {
     conclude_missing(row, lost);
   } else {
-    row.outcome = row.why.empty() ? RowOutcome::kOk : RowOutcome::kFailed;
+    row.outcome = RowOutcome::kOk;
   }
 }
 

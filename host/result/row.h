@@ -12,9 +12,6 @@
 
 namespace host {
 
-// No file of a collection may grow longer, in bytes.
-constexpr std::uint64_t kLargestFile = std::uint64_t{1} << 30U;
-
 enum class RowOutcome { kWaiting, kOk, kPartial, kFailed, kTimedOut, kCrashed, kSkipped };
 
 [[nodiscard]] const char* text_of(RowOutcome outcome);
@@ -34,6 +31,7 @@ struct Row {
   Follower follower;
   std::string now;                           // what the worker is at
   std::optional<std::string> exit_of_first;  // how its first command ended
+  std::string nothing;                       // why there is no report, and none is missed
   std::string lacks;                         // what an earlier row would have told
   std::string own_faults;                    // those that no section tells of
   bool is_short_of_space = false;
@@ -49,7 +47,7 @@ struct EndedCommand {
 };
 
 // What came of looking for the installations.
-void judge(Row& row, const Found& found);
+void conclude_discovery(Row& row, const Found& found);
 
 // What came of the row, from its report, its code and what the supervisor has noted. Where there
 // was no room for its report, `no_space` says so.

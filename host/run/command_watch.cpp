@@ -13,10 +13,6 @@ namespace {
 constexpr double kPatience = 2;  // seconds between asking a command to end and ending it
 constexpr double kTenth = 0.1;
 
-double seconds_since(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 }  // namespace
 
 CommandWatch::CommandWatch(double limit) : limit_(limit) {
@@ -45,7 +41,7 @@ std::vector<EndedCommand> CommandWatch::look(std::vector<Process> processes,
     if (is_too_old || command.is_unwanted || ending_all_) {
       ask(command, is_too_old);
       begun.push_back({command.command_line, command.root.pid, command.seconds,
-                       is_too_old ? "past its limit" : "", command.row});
+                       is_too_old && !command.is_left_over ? "past its limit" : "", command.row});
     }
     ++at;
   }
@@ -70,6 +66,7 @@ void CommandWatch::sort_in(const std::vector<Process>& processes,
   for (auto& [key, command] : commands_) command.members.clear();
   std::map<Key, Key> living;
   std::map<pid_t, Key> by_number;
+  std::set<Key> has_root;
   for (const Process& process : processes) {
     if (rows.contains(process.pid)) continue;  // a worker itself
     const auto parent = by_number.find(process.parent);
@@ -77,12 +74,16 @@ void CommandWatch::sort_in(const std::vector<Process>& processes,
     const Key root = root_of(process, has_parent ? &parent->second : nullptr);
     const auto found = commands_.try_emplace(root, begun(process, rows)).first;
     Command& command = found->second;
-    if (process == command.root) command.is_left_over = !rows.contains(process.parent);
+    if (process == command.root) has_root.insert(root);
     command.members.push_back(process);
     living[key_of(process)] = root;
     by_number[process.pid] = root;
   }
   command_of_ = std::move(living);
+  // What is left when the process has ended that a worker waits for.
+  for (auto& [key, command] : commands_) {
+    command.is_left_over = !has_root.contains(key) || !rows.contains(command.worker);
+  }
 }
 
 CommandWatch::Key CommandWatch::root_of(const Process& process, const Key* of_parent) const {
@@ -130,6 +131,9 @@ void CommandWatch::read_command_line(Command& command) {
 void CommandWatch::ask(Command& command, bool is_too_old) {
   read_command_line(command);
   command.asked = Clock::now();
+  if (!is_too_old || command.is_left_over) {
+    command.circumstance = command.is_unwanted ? "given up with its row; " : "left over; ";
+  }
   const auto offender = offenders_.find(command.program);
   // There is no use in asking one again that did not listen.
   command.is_killed = offender != offenders_.end() && offender->second;
@@ -153,9 +157,9 @@ void CommandWatch::send(Command& command, int signal) {
 }
 
 void CommandWatch::note_end(const Command& command) {
-  std::string end = command.is_left_over ? "left over; " : "";
-  end += command.is_killed ? "killed" : "ended by SIGTERM";
-  ended_.push_back({command.command_line, command.root.pid, command.seconds, end, command.row});
+  ended_.push_back({command.command_line, command.root.pid, command.seconds,
+                    command.circumstance + (command.is_killed ? "killed" : "ended by SIGTERM"),
+                    command.row});
 }
 
 void CommandWatch::give_up() {
@@ -179,7 +183,7 @@ std::optional<CommandWatch::Running> CommandWatch::of_worker(pid_t worker) const
   for (const auto& [key, command] : commands_) {
     // One that does not end though it has been told to is not what the worker waits for.
     const bool is_undying = command.asked && seconds_since(*command.asked) > 2 * kPatience;
-    if (command.worker != worker || command.members.empty() || is_undying) continue;
+    if (command.worker != worker || command.is_left_over || is_undying) continue;
     return Running{command_line_of(command.root.pid), age_in_seconds(command.root),
                    limit_of(command)};
   }

@@ -1,7 +1,6 @@
 // Sees to it that no command of a collection runs longer than it may, or outlives the collection.
 #pragma once
 
-#include <chrono>
 #include <map>
 #include <optional>
 #include <set>
@@ -9,11 +8,10 @@
 #include <vector>
 
 #include "result/row.h"
+#include "run/clock.h"
 #include "support/processes.h"
 
 namespace host {
-
-using Clock = std::chrono::steady_clock;
 
 class CommandWatch {
  public:
@@ -62,6 +60,7 @@ class CommandWatch {
     std::string command_line = {};
     std::string program = {};
     std::vector<Process> members = {};
+    std::string circumstance = {};  // of its end
     bool is_left_over = false;
     bool is_unwanted = false;
     std::optional<Clock::time_point> asked = {};  // to end

@@ -139,6 +139,9 @@ void Supervisor::bury(Worker& worker, const std::string& crash) {
   worker.run.is_running = false;
   watch_.end_commands_of(worker.process.pid());
   if (worker.run.is_done()) return;
+  // It was ended for a row that had just been done: another one goes on with the next.
+  const bool is_out_of_turn = worker.stopped && worker.past_limit.empty() && given_up_.empty();
+  if (is_out_of_turn) return;
   if (!worker.failure.empty() && !has_results_) {
     failure_ = worker.failure;
   } else if (!worker.failure.empty()) {

@@ -86,6 +86,9 @@ class Supervisor {
   void next_row(Worker& worker);
   void skip_rest(Run& run);
   void note_short(Row& row, std::uint64_t size, Weight weight);
+  static void note_lack(Run& run, const Row& row, const std::string& lack);
+  [[nodiscard]] Row* find_row(const std::string& id);
+  [[nodiscard]] static Report& report_of(Row& row);
   bool read_report(Row& row);
   bool read_finished_reports();
 
@@ -108,6 +111,7 @@ class Supervisor {
   bool has_results_ = false;
   std::string given_up_;
   RowOutcome given_up_as_ = RowOutcome::kFailed;
+  Clock::time_point given_up_at_ = {};
   std::string no_space_;
   std::string failure_;
 };

@@ -3,6 +3,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdint>
 #include <sstream>
@@ -15,19 +17,12 @@
 namespace host {
 namespace {
 
-// "3 s", "0.3 s".
+// "3 s", "0.3 s": no more than it is.
 std::string limit_text(double seconds) {
+  constexpr double kTenths = 10;
   std::ostringstream text;
-  text.precision(2);
-  text << seconds << " s";
+  text << std::floor(seconds * kTenths) / kTenths << " s";
   return text.str();
-}
-
-std::uint64_t size_of(const OutputFolder& folder, const std::string& file) {
-  struct stat status {};
-  const bool is_there =
-      ::fstatat(folder.descriptor(), file.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
-  return is_there ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
 }  // namespace
@@ -41,7 +36,7 @@ void Supervisor::look() {
   if (Room(folder_.descriptor()).is_short_for(0)) {
     for (const auto& worker : workers_) {
       Row* row = worker->run.row();
-      if (row != nullptr) note_short(*row, size_of(folder_, row->step.file), Weight::kAlways);
+      if (row != nullptr) note_short(*row, folder_.size_of(row->step.file), Weight::kAlways);
     }
   }
   for (const auto& worker : workers_) look_at(*worker);
@@ -51,29 +46,35 @@ void Supervisor::look() {
 
 void Supervisor::watch_commands() {
   std::map<pid_t, std::string> rows;
+  std::map<std::string, std::uint64_t> sizes;  // before any command is told to end
   for (const auto& worker : workers_) {
     const Row* row = worker->run.row();
     rows[worker->process.pid()] = row == nullptr ? "" : row->step.id;
+    if (row != nullptr) sizes[row->step.id] = folder_.size_of(row->step.file);
   }
   for (const EndedCommand& command : watch_.look(descendants(::getpid()), rows)) {
     progress_.ended(command);
-    if (command.end.empty()) continue;
-    for (Row& row : rows_) {
-      if (row.step.id != command.row || row.report == nullptr) continue;
-      // Its writer waits for the command, so this is where the report is at.
-      row.report->note(
-          size_of(folder_, row.step.file), SectionOutcome::kTimedOut,
-          "\"" + command.command_line + "\" took more than " + limit_text(command.seconds),
-          Weight::kUnlessReplaced);
-    }
+    Row* row = command.end.empty() ? nullptr : find_row(command.row);
+    if (row == nullptr || row->step.kind->report == nullptr) continue;
+    // The plug-in waits for the command, so this is where the report is at.
+    report_of(*row).note(
+        sizes[command.row], SectionOutcome::kTimedOut,
+        "\"" + command.command_line + "\" took more than " + limit_text(command.seconds),
+        Weight::kUnlessReplaced);
   }
+}
+
+Row* Supervisor::find_row(const std::string& id) {
+  const auto found =
+      std::find_if(rows_.begin(), rows_.end(), [&id](const Row& row) { return row.step.id == id; });
+  return found == rows_.end() ? nullptr : &*found;
 }
 
 void Supervisor::look_at(Worker& worker) {
   Row* row = worker.run.row();
   if (row == nullptr || worker.stopped) return;
   static_cast<void>(read_report(*row));
-  const std::uint64_t size = size_of(folder_, row->step.file);
+  const std::uint64_t size = folder_.size_of(row->step.file);
   const Clock::time_point now = Clock::now();
   if (size != worker.size) worker.last_activity = worker.last_growth = now;
   if (watch_.of_worker(worker.process.pid())) worker.last_activity = now;
@@ -82,7 +83,10 @@ void Supervisor::look_at(Worker& worker) {
   constexpr double kLongestList = 12;
   const bool is_still = seconds_since(worker.last_activity) > limits_.command;
   const bool is_busy = seconds_since(worker.last_growth) > kLongestList * limits_.command;
-  if (!is_still && !is_busy) return;
+  const bool is_silent = worker.process.answers() < 0;  // a product has closed the pipe
+  if (!is_still && !is_busy && !is_silent) return;
+  take_answers(worker);
+  if (worker.run.row() != row) return;  // it was just about to be done
   worker.past_limit = is_still
                           ? "nothing happened for " + limit_text(limits_.command)
                           : "nothing was written for " + limit_text(kLongestList * limits_.command);
@@ -132,6 +136,7 @@ void Supervisor::give_up(const std::string& why, RowOutcome outcome) {
   if (!given_up_.empty()) return;
   given_up_ = why;
   given_up_as_ = outcome;
+  given_up_at_ = Clock::now();
   progress_.say(why);
   for (const auto& worker : workers_) stop(*worker);
   for (Run& run : runs_) {
@@ -148,9 +153,14 @@ void Supervisor::finish() {
     reap();
     abandon_the_undying();
     watch_commands();
-    if ((watch_.is_idle() && workers_.empty()) || seconds_since(start) > kLongest) break;
-    wait_for_events(false);
+    is_reading_ = !read_finished_reports();
+    const bool is_all_done = watch_.is_idle() && workers_.empty() && reading_.empty();
+    if (is_all_done || seconds_since(start) > kLongest) break;
+    wait_for_events(is_reading_);
     take_signals();
+  }
+  if (!given_up_.empty()) {
+    for (Run& run : runs_) skip_rest(run);
   }
   watch_.give_up();
 }

@@ -92,37 +92,44 @@ void Supervisor::take_child_end(Row& row, const std::string& text) {
   int status = 0;
   int is_short = 0;
   std::uint64_t size = 0;
+  std::string name;
   if (!(fields >> pid >> code >> status >> is_short >> size)) return;
+  std::getline(fields >> std::ws, name);
   const bool is_exit = code == CLD_EXITED;
+  const bool succeeded = is_exit && status == 0;
   const std::string end = is_exit ? exit_text(status) : signal_text(status);
   if (!row.exit_of_first) row.exit_of_first = end;
   if (is_short != 0) {
-    const bool succeeded = is_exit && status == 0;
     note_short(row, size, succeeded ? Weight::kAlways : Weight::kUnlessReplaced);
   }
-  static_cast<void>(read_report(row));
-  if (row.report == nullptr || (is_exit && status == 0) || watch_.is_asked_to_end(pid)) return;
-  if (row.step.kind->report().is_output) return;  // which tells of its end itself
-  // System lists go on to the next alternative.
-  if (is_exit && !row.step.kind->report().fails_with_command) return;
-  row.report->note(size, is_exit ? SectionOutcome::kIncomplete : SectionOutcome::kFailed,
-                   "a command ended with " + end,
-                   is_exit ? Weight::kAlone : Weight::kUnlessReplaced);
+  // What the user has asked to be captured tells of its end itself.
+  if (row.step.kind->report == nullptr || row.step.kind->report().is_output) return;
+  const bool goes_on = is_exit && !row.step.kind->report().fails_with_command;
+  const bool is_nothing = succeeded || goes_on || watch_.is_asked_to_end(pid);
+  report_of(row).note(
+      size,
+      is_nothing ? SectionOutcome::kOk
+      : is_exit  ? SectionOutcome::kIncomplete
+                 : SectionOutcome::kFailed,
+      (name.empty() || name == "sh" ? "a command" : printable(name)) + " ended with " + end,
+      is_nothing ? Weight::kNever
+      : is_exit  ? Weight::kUnlessTold
+                 : Weight::kUnlessReplaced);
 }
 
 void Supervisor::take_result(Worker& worker, const json& result) {
   Row& row = *worker.run.row();
   if (result.contains("code")) row.code = result.at("code").get<int>();
   row.why = result.value("why", "");
-  if (result.contains("nothing")) {
-    row.outcome = RowOutcome::kOk;
-    row.why = result.at("nothing").get<std::string>();
-  }
+  row.nothing = result.value("nothing", "");
   if (result.contains("found")) {
     found_[row.step.id] = result.at("found").get<Found>();
-    judge(row, *found_[row.step.id]);
+    conclude_discovery(row, *found_[row.step.id]);
   }
   has_results_ = true;
+  if (row.code.value_or(0) != 0) {
+    note_lack(worker.run, row, "what " + row.step.id + " finds may be known in part only");
+  }
   next_row(worker);
 }
 
@@ -139,19 +146,22 @@ void Supervisor::leave_row(Run& run, RowOutcome outcome, const std::string& why)
   Row& row = *run.row();
   row.outcome = outcome;
   row.why = printable(why);
-  while (!read_report(row)) {
-  }
-  if (row.report != nullptr) {
+  if (row.step.kind->report != nullptr) {
     const bool is_crash = outcome == RowOutcome::kCrashed;
-    row.report->note(row.report->size(),
-                     is_crash ? SectionOutcome::kCrashed : SectionOutcome::kTimedOut, row.why);
+    report_of(row).note(folder_.size_of(row.step.file),
+                        is_crash ? SectionOutcome::kCrashed : SectionOutcome::kTimedOut, row.why,
+                        Weight::kForSection);
   }
-  for (Row* other : run.rows) {
-    if (other->step.kind->needs != std::string(row.step.kind->id)) continue;
-    other->lacks = "what " + row.step.id + " finds is not known, since it was given up";
-  }
+  note_lack(run, row, "what " + row.step.id + " finds is not known, since it was given up");
   reading_.push_back(&row);
   ++run.next;
+}
+
+// Rows that need what this one finds have to tell of it, too.
+void Supervisor::note_lack(Run& run, const Row& row, const std::string& lack) {
+  for (Row* other : run.rows) {
+    if (other->step.kind->needs == std::string(row.step.kind->id)) other->lacks = lack;
+  }
 }
 
 void Supervisor::next_row(Worker& worker) {
@@ -162,6 +172,7 @@ void Supervisor::next_row(Worker& worker) {
   worker.row_start = worker.last_activity = worker.last_growth = Clock::now();
   worker.size = 0;
   worker.crashed_in.clear();
+  worker.past_limit.clear();
   worker.process.forget_printed();
 }
 
@@ -179,26 +190,31 @@ void Supervisor::note_short(Row& row, std::uint64_t size, Weight weight) {
     no_space_ = "no space left on " + file_system_of(folder_.descriptor());
     progress_.say(no_space_);
   }
-  static_cast<void>(read_report(row));
-  if (row.report != nullptr) {
-    row.report->note(size, SectionOutcome::kIncomplete, no_space_, weight);
+  if (row.step.kind->report != nullptr) {
+    report_of(row).note(size, SectionOutcome::kIncomplete, no_space_, weight);
   }
+}
+
+Report& Supervisor::report_of(Row& row) {
+  if (row.report == nullptr) {
+    row.report = std::make_unique<Report>(row.step.kind->report(), std::time(nullptr));
+  }
+  return *row.report;
 }
 
 // Reads on in the report of a row; true when there is nothing more in it for now.
 bool Supervisor::read_report(Row& row) {
   if (row.step.kind->report == nullptr) return true;
-  if (row.report == nullptr) {
-    row.report = std::make_unique<Report>(row.step.kind->report(), std::time(nullptr));
-  }
-  return row.follower.read_on(folder_, row.step.file, *row.report, kReadAtOnce);
+  return row.follower.read_on(folder_, row.step.file, report_of(row), kReadAtOnce);
 }
 
 bool Supervisor::read_finished_reports() {
+  constexpr double kPatience = 3;  // once the run is given up
+  const bool is_hurried = !given_up_.empty() && seconds_since(given_up_at_) > kPatience;
   bool is_all_read = true;
   for (auto at = reading_.begin(); at != reading_.end();) {
     Row& row = **at;
-    if (!read_report(row)) {
+    if (!read_report(row) && !is_hurried) {
       is_all_read = false;
       ++at;
       continue;

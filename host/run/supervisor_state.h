@@ -36,10 +36,6 @@ struct Supervisor::Worker {
   std::optional<Clock::time_point> stopped = {};
 };
 
-[[nodiscard]] inline double seconds_since(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
-}
-
 // "signal 6 (Aborted)".
 [[nodiscard]] std::string signal_text(int signal);
 

@@ -115,7 +115,6 @@ class Worker {
  private:
   // What a product in this process may have changed during the row before.
   void settle() const {
-    constexpr mode_t kOwnerOnlyMask = 0077;
     if (::fchdir(order_.folder.descriptor()) != 0) throw Failure("cannot enter the output folder");
     ::umask(kOwnerOnlyMask);
     take_usual_signals();

@@ -73,6 +73,22 @@ std::uint64_t bytes_to_copy() {
   }
 }
 
+// Not taken yet, an ended child still has a name.
+void add_name(Line& line, pid_t pid) {
+  std::array<char, 32> path{};
+  std::memcpy(path.data(), "/proc/", 6);
+  char* const end = std::to_chars(path.data() + 6, path.data() + 24, pid).ptr;
+  std::memcpy(end, "/comm", 5);
+  const int file = ::open(path.data(), O_RDONLY | O_CLOEXEC);
+  std::array<char, 32> name{};
+  const ssize_t size = file < 0 ? 0 : ::read(file, name.data(), name.size());
+  ::close(file);
+  for (ssize_t i = 0; i < size; ++i) {
+    const char c = name.at(static_cast<std::size_t>(i));
+    if (c != '\n') line.add({&c, 1});
+  }
+}
+
 void child_ended(int /*signal*/, siginfo_t* info, void* /*context*/) {
   const int kept = errno;
   Line line('c');
@@ -81,6 +97,8 @@ void child_ended(int /*signal*/, siginfo_t* info, void* /*context*/) {
   line.add(info->si_status);
   line.add(Room(reports.folder).is_short_for(bytes_to_copy()) ? 1 : 0);
   line.add(static_cast<long long>(size_of(reports.folder, report_file)));
+  line.add(" ");
+  add_name(line, info->si_pid);
   line.send();
   errno = kept;
 }

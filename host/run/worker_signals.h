@@ -11,10 +11,10 @@ struct SignalReports {
 };
 
 // From now on each child that ends and each crash becomes a line:
-//   c PID CODE STATUS SHORT SIZE   a child ended: code and status as waitid has them, whether there
-//                                  was no room for its output or for a copy of it, how long the
-//                                  report was
-//   x LIBRARY                      this process ends before its time, perhaps in a product's
+//   c PID CODE STATUS SHORT SIZE NAME   a child ended: code and status as waitid has them, whether
+//                                       there was no room for its output or for a copy of it, how
+//                                       long the report was, what its program is called
+//   x LIBRARY                           this process ends before its time, perhaps in a product's
 //   library
 // May be called again where a product may have changed what signals do.
 void report_signals(const SignalReports& where);

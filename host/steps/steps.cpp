@@ -30,7 +30,6 @@ Step make_step(const StepKind& kind, const std::string& id, Values values) {
   values["id"] = id;
   step.title = filled(kind.title, values);
   step.file = filled(kind.file, values);
-  step.folder = values["folder"];
   values["report"] = step.file;
   for (const char* argument : kind.arguments) step.arguments.push_back(filled(argument, values));
   return step;
@@ -59,7 +58,7 @@ bool is_about(const StepKind& kind, const Installation& installation, bool is_ot
 Subject installation_subject(const Installation& installation, const std::string& folder,
                              bool is_other, const std::vector<std::string>& logs) {
   const bool has_twin = folder != safe_name(folder_of(installation));
-  Subject subject{.name = folder, .environment = installation.environment};
+  Subject subject{.environment = installation.environment};
   for (const StepKind& kind : step_kinds()) {
     if (!is_about(kind, installation, is_other)) continue;
     subject.steps.push_back(make_step(
@@ -115,9 +114,8 @@ std::vector<Subject> subjects_of(const Machine& machine,
   const Environment& environment = machine.environment;
   Names folders(
       {".tmp", "summary.txt", "manifest.json", "versions.txt", "system.txt", "environment.txt"});
-  std::vector<Subject> subjects{{.name = folders.take("machine"),
-                                 .environment = environment,
-                                 .is_independent = machine.is_independent}};
+  std::vector<Subject> subjects{
+      {.environment = environment, .is_independent = machine.is_independent}};
   for (const StepKind& kind : step_kinds()) {
     if (kind.on == On::kMachine) subjects[0].steps.push_back(make_step(kind, kind.id, {}));
   }
@@ -126,7 +124,7 @@ std::vector<Subject> subjects_of(const Machine& machine,
                                             installation.environment != environment,
                                             wishes.brokers));
   }
-  Subject servers{.name = "web servers", .environment = environment};
+  Subject servers{.environment = environment};
   WishedSteps server_steps(servers, folders);
   for (const auto& [root, name] : wishes.netscape) {
     server_steps.add(
@@ -136,7 +134,7 @@ std::vector<Subject> subjects_of(const Machine& machine,
   for (const std::string& root : wishes.apache) {
     server_steps.add(On::kApache, {{"root", absolute(root)}});
   }
-  Subject captures{.name = "captures", .environment = environment};
+  Subject captures{.environment = environment};
   WishedSteps capture_steps(captures, folders);
   for (const std::string& command : wishes.commands) {
     capture_steps.add(On::kCommand, {{"command", command}});
@@ -170,8 +168,12 @@ std::string why_absent(const StepKind& kind, const std::vector<Installation>& in
     case On::kProduct:
       break;
   }
+  std::string others;
+  for (const Installation& installation : installations) {
+    others += (others.empty() ? "" : ", ") + installation.key;
+  }
   return installations.empty() ? "no installation found (--installation names one)"
-                               : "no installation of a release that has it";
+                               : "not for " + others;
 }
 
 }  // namespace host

@@ -59,8 +59,7 @@ struct Step {
   const StepKind* kind = nullptr;
   std::string id;
   std::string title = {};
-  std::string file = {};    // below the output folder; empty: none
-  std::string folder = {};  // likewise
+  std::string file = {};  // below the output folder; empty: none
   std::vector<std::string> arguments = {};
   std::string version = {};             // whole, of its installation
   std::vector<std::string> names = {};  // of the logs wanted
@@ -69,7 +68,6 @@ struct Step {
 
 // What one worker does, a step after the other.
 struct Subject {
-  std::string name;
   Environment environment;
   bool is_independent = false;  // of any installation
   std::vector<Step> steps = {};

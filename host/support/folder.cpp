@@ -49,7 +49,10 @@ Descriptor make_folder(int parent, const std::string& name) {
 void tidy_names_in(const fs::path& folder) {
   std::error_code error;
   std::vector<fs::path> all;
-  for (const auto& entry : fs::directory_iterator(folder, error)) all.push_back(entry.path());
+  for (fs::directory_iterator entry(folder, error); entry != fs::directory_iterator();
+       entry.increment(error)) {
+    all.push_back(entry->path());
+  }
   std::sort(all.begin(), all.end());
   // Those that may stay come first, so that none of them is taken by another.
   std::stable_partition(all.begin(), all.end(), [](const fs::path& path) {
@@ -134,6 +137,12 @@ Descriptor OutputFolder::open(const std::string& file) const {
     opened.reset();
   }
   return opened;
+}
+
+std::uint64_t OutputFolder::size_of(const std::string& file) const {
+  struct stat status {};
+  const bool is_there = ::fstatat(folder_.get(), file.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+  return is_there ? static_cast<std::uint64_t>(status.st_size) : 0;
 }
 
 void OutputFolder::remove(const std::string& file) const {

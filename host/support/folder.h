@@ -1,12 +1,18 @@
 // The folder of a collection, held by descriptor: renaming it under the run leads nowhere.
 #pragma once
 
+#include <sys/types.h>
+
+#include <cstdint>
 #include <filesystem>
 #include <string>
 
 #include "support/descriptor.h"
 
 namespace host {
+
+// What the umask takes from all but the owner: reports hold secrets.
+constexpr mode_t kOwnerOnlyMask = 0077;
 
 class OutputFolder {
  public:
@@ -27,6 +33,9 @@ class OutputFolder {
 
   // A regular file in the folder, for reading.
   [[nodiscard]] Descriptor open(const std::string& file) const;
+
+  // In bytes; 0 where there is no such file.
+  [[nodiscard]] std::uint64_t size_of(const std::string& file) const;
 
   void remove(const std::string& file) const;
 

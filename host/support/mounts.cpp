@@ -37,9 +37,8 @@ std::vector<Mount> mounts() {
     fields >> mount.id >> skipped >> skipped >> skipped >> mount.point;
     while (fields >> skipped && skipped != "-") {
     }
-    fields >> mount.type >> mount.source;
+    fields >> mount.type;
     mount.point = unescaped(mount.point);
-    mount.source = unescaped(mount.source);
     found.push_back(mount);
   }
   return found;

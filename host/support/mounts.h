@@ -11,7 +11,6 @@ struct Mount {
   unsigned long id = 0;
   std::string point;
   std::string type;
-  std::string source;
 };
 
 [[nodiscard]] std::vector<Mount> mounts();

@@ -19,6 +19,8 @@ std::string rounded(double number, int digits) {
   return text.str();
 }
 
+bool is_inside_character(char c) { return (static_cast<unsigned char>(c) & 0xc0U) == 0x80; }
+
 // How many characters have to be changed, put in or left out to make one text the other.
 std::size_t distance(std::string_view left, std::string_view right) {
   std::vector<std::size_t> row(right.size() + 1);
@@ -68,7 +70,7 @@ std::string fitted(std::string_view text, std::size_t width) {
   std::size_t characters = 0;
   std::size_t cut = 0;  // where a text that turns out too long ends
   for (std::size_t at = 0; at < shown.size(); ++at) {
-    const bool is_start = (static_cast<unsigned char>(shown[at]) & 0xc0U) != 0x80;
+    const bool is_start = !is_inside_character(shown[at]);
     if (is_start && characters + kMore.size() == width) cut = at;
     if (is_start && ++characters > width) return shown.substr(0, cut) + std::string(kMore);
   }
@@ -81,8 +83,10 @@ std::vector<std::string> wrapped(std::string_view text, std::size_t width) {
   for (std::string word; words >> word;) {
     while (word.size() > width) {  // a long path, say
       if (!lines.back().empty()) lines.emplace_back();
-      lines.back() = word.substr(0, width);
-      word.erase(0, width);
+      std::size_t cut = width;
+      while (cut > 1 && is_inside_character(word[cut])) --cut;
+      lines.back() = word.substr(0, cut);
+      word.erase(0, cut);
     }
     const bool fits = lines.back().size() + word.size() < width || lines.back().empty();
     if (!fits) lines.emplace_back();

@@ -16,15 +16,14 @@ namespace {
 
 std::string text_of(const char* text) { return text == nullptr ? "" : text; }
 
-// What a variable names and is not there.
-void note_missing(Found& found, const char* variable, mode_t kind) {
+// What a variable names, or an option in its place, and is not there.
+void note_missing(Found& found, const char* variable, const char* what, mode_t kind) {
   struct stat status {};
   const char* named = std::getenv(variable);
   if (named == nullptr || (::stat(named, &status) == 0 && (status.st_mode & S_IFMT) == kind))
     return;
-  found.missing.push_back(*named == '\0'
-                              ? std::string(variable) + " is set and empty"
-                              : std::string(variable) + " names " + named + ", which is not there");
+  found.missing.push_back(*named == '\0' ? std::string(variable) + " is set and empty"
+                                         : std::string(what) + " " + named + " is not there");
 }
 
 }  // namespace
@@ -47,8 +46,8 @@ Found discover(const Plugin& plugin) {
          .major = record->major,
          .is_monitor = is_monitor});
   }
-  note_missing(found, "PHM", S_IFDIR);
-  note_missing(found, "DELVONINIT", S_IFREG);
+  note_missing(found, "PHM", "the installation", S_IFDIR);
+  note_missing(found, "DELVONINIT", "the init file", S_IFREG);
   return found;
 }
 

@@ -6,6 +6,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #define EXPORT extern "C" __attribute__((visibility("default")))
@@ -39,7 +40,14 @@ EXPORT void fall_sick() {
   }
 }
 
-EXPORT short getVersion(char* /*buffer*/, int /*capacity*/) {
-  fall_sick();
-  return 0;
+// With SICK_MARK, a file that counts the times, it falls sick the second time, in whatever process.
+EXPORT short getVersion(char* buffer, int /*capacity*/) {
+  const char* mark = std::getenv("SICK_MARK");
+  FILE* times = mark == nullptr ? nullptr : std::fopen(mark, "a+");
+  if (times != nullptr) std::fputc('x', times);
+  const bool is_well = times != nullptr && std::ftell(times) != 2;
+  if (times != nullptr) static_cast<void>(std::fclose(times));
+  if (!is_well) fall_sick();
+  std::memcpy(buffer, "10.1B03", sizeof "10.1B03");
+  return 1;
 }
