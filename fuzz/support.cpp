@@ -133,14 +133,16 @@ FILE* nowhere() {
 
 }  // namespace fuzz
 
-// The library takes this function, not the system's: whatever an input says, nothing is run.
+// The library takes these functions, not the system's: whatever an input says, nothing is run.
 extern "C" pid_t fork() noexcept {
-  if (fuzz::chosen->needs() == fuzz::Needs::kChildren) {
-    static const auto real_fork = reinterpret_cast<pid_t (*)()>(::dlsym(RTLD_NEXT, "fork"));
-    return real_fork();
-  }
   errno = EAGAIN;
   return -1;
+}
+
+extern "C" int clone(int (*run)(void*), void* stack, int flags, void* argument, ...) noexcept {
+  if (fuzz::chosen->needs() != fuzz::Needs::kChildren) return fork();
+  static const auto real_clone = reinterpret_cast<decltype(&clone)>(::dlsym(RTLD_NEXT, "clone"));
+  return real_clone(run, stack, flags, argument);
 }
 
 extern "C" int LLVMFuzzerInitialize(int* /*count*/, char*** /*arguments*/) {

@@ -59,8 +59,10 @@ UniqueFd open_for_reading(const char* path) noexcept {
 }
 
 UniqueFd open_for_writing(const char* path, Existing existing) noexcept {
-  const int way = existing == Existing::kAppend ? O_APPEND : O_TRUNC;
-  UniqueFd file = open_calmly(path, O_WRONLY | O_CREAT | way);
+  int way = O_WRONLY | O_CREAT;
+  if (existing == Existing::kTruncate) way |= O_TRUNC;
+  if (existing == Existing::kAppend) way |= O_APPEND;
+  UniqueFd file = open_calmly(path, way);
   // Only the opening must not wait; a full pipe may.
   if (file.is_open()) ::fcntl(file.get(), F_SETFL, ::fcntl(file.get(), F_GETFL) & ~O_NONBLOCK);
   return file;

@@ -14,7 +14,7 @@ namespace sit {
 // may never end.
 [[nodiscard]] UniqueFd open_for_reading(const char* path) noexcept;
 
-enum class Existing { kTruncate, kAppend };
+enum class Existing { kTruncate, kAppend, kOverwrite };
 
 // Opens or creates a file for writing. A FIFO without a reader is refused (ENXIO).
 [[nodiscard]] UniqueFd open_for_writing(const char* path, Existing existing) noexcept;

@@ -49,12 +49,16 @@ TEST_F(Command, ResultForEachEnd) {
                                               {"kill -9 $$", 9},
                                               {"kill -TERM $$", 15},
                                               {"ulimit -c 0; kill -SEGV $$", 11},
-                                              {"/nosuch/tool", 127 * 256}};
+                                              {"/nosuch/tool", 127 * 256},
+                                              {"-x || exit 3", 768},
+                                              {"+x || exit 3", 768}};
   for (const auto& [command, result] : ends) {
     EXPECT_EQ(execute(command), result) << command;
     EXPECT_LT(seconds_, 0.9) << command << " costs more than it takes";
   }
   EXPECT_EQ(execcmd("true", path("missing/out").c_str()), 65280);
+  ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+  EXPECT_EQ(execcmd("true", path("fifo").c_str()), 65280) << "nobody reads it";
   EXPECT_EQ(execcmd(nullptr, path("out").c_str()), SIT_FAILED);
 }
 
@@ -132,6 +136,32 @@ TEST_F(Command, HostThatReapsEveryChild) {
     EXPECT_LT(seconds_, 0.9);
     EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), handler);
   }
+}
+
+// Somebody keeps sending a signal to the whole process group, which the host handles.
+TEST_F(Command, NoHandlerOfTheHostRunsInAChild) {
+  static pid_t host;
+  static volatile sig_atomic_t elsewhere;
+  host = ::getpid();
+  elsewhere = 0;
+  ASSERT_EQ(::setpgid(0, 0), 0);
+  std::signal(SIGUSR1, [](int) {
+    if (::getpid() == host) return;
+    elsewhere = 1;
+    ::_exit(77);
+  });
+  const pid_t sender = ::fork();
+  if (sender == 0) {
+    std::signal(SIGUSR1, SIG_IGN);
+    while (::getppid() == host) ::kill(-host, SIGUSR1);
+    ::_exit(0);
+  }
+  for (int i = 0; i < 300; ++i) {
+    EXPECT_NE(execute("exit 2"), 77 * 256);
+  }
+  ::kill(sender, SIGKILL);
+  ::waitpid(sender, nullptr, 0);
+  EXPECT_EQ(elsewhere, 0);
 }
 
 // Calls the host's timer a hundred times a second.

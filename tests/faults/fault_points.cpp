@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pwd.h>
+#include <sched.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -87,6 +88,14 @@ size_t fwrite(const void* bytes, size_t size, size_t count, FILE* stream) {
 ssize_t write(int fd, const void* bytes, size_t count) {
   return fails(kWrite, ENOSPC) ? -1 : REAL(write)(fd, bytes, count);
 }
+ssize_t copy_file_range(int from, off64_t* from_offset, int to, off64_t* to_offset, size_t count,
+                        unsigned flags) {
+  if (fails(kWrite, ENOSPC)) return -1;
+  return REAL(copy_file_range)(from, from_offset, to, to_offset, count, flags);
+}
+int fallocate(int fd, int mode, off_t offset, off_t count) {
+  return fails(kWrite, ENOSPC) ? -1 : REAL(fallocate)(fd, mode, offset, count);
+}
 
 // The name service of glibc brings the process down when it runs out of memory. That is not the
 // plug-in's to mend.
@@ -106,6 +115,9 @@ ssize_t pread(int fd, void* bytes, size_t count, off_t offset) {
 }
 
 pid_t fork() noexcept { return fails(kFork, EAGAIN) ? -1 : REAL(fork)(); }
+int clone(int (*run)(void*), void* stack, int flags, void* argument, ...) noexcept {
+  return fails(kFork, EAGAIN) ? -1 : REAL(clone)(run, stack, flags, argument);
+}
 FILE* popen(const char* command, const char* mode) {
   return fails(kFork, EAGAIN) ? nullptr : REAL(popen)(command, mode);
 }
