@@ -16,13 +16,16 @@
 #include "files.h"
 #include "handles.h"
 #include "session.h"
+#include "signals.h"
 #include "sit/commutils.h"
 
 namespace {
 
 // The open report; -1 while there is none. Every text goes straight into it, so nothing is ever
-// waiting when a child is forked or the process dies.
+// waiting when a child is started or the process dies.
 constinit int fp = -1;
+constinit bool raises_signals = false;  // perhaps, when it is written to
+constinit unsigned reports_opened = 0;
 
 constexpr std::string_view kVerbose = "VERBOSE: ";
 constexpr std::string_view kRule =
@@ -43,11 +46,17 @@ void note_report_directory(const char* path) noexcept {
   stcopy(pc->reportDir, ".");
 }
 
+void take_as_report(sit::UniqueFd report) noexcept {
+  raises_signals = sit::may_raise_signals(report.get());
+  ++reports_opened;
+  const sit::UniqueFd replaced{std::exchange(fp, report.release())};
+}
+
 // On success the report takes the place of the one open before.
 int open_report(const char* path, sit::Existing existing) noexcept {
   sit::UniqueFd report = sit::open_for_writing(path, existing);
   if (!report.is_open()) return errno;
-  const sit::UniqueFd replaced{std::exchange(fp, report.release())};
+  take_as_report(std::move(report));
   return 0;
 }
 
@@ -72,7 +81,19 @@ int log_formatted(std::string_view prefix, const char* format, va_list arguments
 }  // namespace
 
 int sit::log_bytes(std::string_view bytes) noexcept {
-  return fp < 0 || write_all(fp, bytes) ? 0 : EOF;
+  if (fp < 0) return 0;
+  const QuietWriting quiet{raises_signals};
+  return write_all(fp, bytes) ? 0 : EOF;
+}
+
+void sit::log_once(unsigned& said_in, const char* text) noexcept {
+  if (std::exchange(said_in, reports_opened) != reports_opened) LogString(text);
+}
+
+void sit::begin_report_in(UniqueFd file, const char* path) noexcept {
+  take_as_report(std::move(file));
+  begin_report();
+  note_report_directory(path);
 }
 
 sit::TooLong::TooLong(std::string_view what, std::initializer_list<std::string_view> pieces,
@@ -118,6 +139,7 @@ int LogClose(int final) noexcept {
   int result = 0;
   if (const sit::UniqueFd report{std::exchange(fp, -1)}; report.is_open()) {
     const char* end = final == SIT_FINAL ? "\n==End of Log==\n" : "\n";
+    const sit::QuietWriting quiet{raises_signals};
     if (!sit::write_all(report.get(), end)) result = errno;
   }
   if (pc != nullptr) pc->reportDir[0] = '\0';

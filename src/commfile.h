@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "commutils/bounded_text.h"
+#include "handles.h"
 #include "sit/commfile.h"
 
 namespace sit {
@@ -15,6 +16,13 @@ inline constexpr const char* kVersion = "11.6";
 
 // Writes bytes of any kind, NUL included, and flushes.
 int log_bytes(std::string_view bytes) noexcept;
+
+// Writes the text into each report at most once; `said_in`, at first 0, keeps in mind which was the
+// last.
+void log_once(unsigned& said_in, const char* text) noexcept;
+
+// Makes a new and empty file the report, with its header. The path is the file's.
+void begin_report_in(UniqueFd file, const char* path) noexcept;
 
 // What a report says when a text, given in pieces, does not fit where it is needed and so is not
 // used.

@@ -121,6 +121,27 @@ TEST_F(Report, KeepsWhatWasWrittenBeforeTheDiskFilled) {
   EXPECT_TRUE(text.ends_with("xxxlast\n\n")) << text.substr(text.size() - 40);
 }
 
+// Neither the signal of a reader that is gone nor that of a limit reaches the host.
+TEST_F(Report, SignalsOfWriting) {
+  ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+  const int reader = ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+  ASSERT_EQ(LogOpen(path("fifo").c_str(), SIT_APPEND), 0);
+  ::close(reader);
+  EXPECT_EQ(LogMsg("x"), -1);
+  EXPECT_EQ(LogClose(0), EPIPE);
+  const rlimit small{10, RLIM_INFINITY};
+  rlimit before{};
+  ASSERT_EQ(::prlimit(0, RLIMIT_FSIZE, &small, &before), 0);
+  EXPECT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);
+  EXPECT_EQ(LogClose(0), EFBIG);
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  sigset_t left;
+  ::sigpending(&left);
+  EXPECT_TRUE(sigisemptyset(&left));
+  ::sigprocmask(SIG_BLOCK, nullptr, &left);
+  EXPECT_TRUE(sigisemptyset(&left)) << "the mask is as before";
+}
+
 TEST_F(Report, NothingOpenThenFullDisk) {
   SetVerboseMode(1);
   for (const int result : {0, -1}) {

@@ -21,8 +21,12 @@ class ChildPauses {
  private:
   void sleep_until_next() const noexcept;
   [[nodiscard]] bool ended_before_next() const noexcept;
+  [[nodiscard]] bool seen_to_end_before_next() noexcept;
 
+  pid_t child_;
   UniqueFd pidfd_;
+  bool has_ended_ = false;
+  long step_ = 250'000;  // nanoseconds
   timespec next_{};
 };
 
