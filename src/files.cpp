@@ -7,7 +7,7 @@
 
 #include <array>
 #include <cerrno>
-#include <cstdint>
+#include <concepts>
 #include <cstdio>
 #include <utility>
 
@@ -47,6 +47,16 @@ bool is_device(int fd) noexcept {
   return S_ISCHR(status.st_mode) && status.st_rdev != null_device;
 }
 
+// What a reading call gives, 0 when it fails.
+template <std::invocable Read>
+std::size_t resumed(Read read) noexcept {
+  for (;;) {
+    const ssize_t got = read();
+    if (got >= 0) return static_cast<std::size_t>(got);
+    if (errno != EINTR) return 0;
+  }
+}
+
 }  // namespace
 
 UniqueFd open_for_reading(const char* path) noexcept {
@@ -79,17 +89,11 @@ bool write_all(int fd, std::string_view bytes) noexcept {
 }
 
 std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept {
-  for (;;) {
-    const ssize_t got = ::read(fd, bytes, count);
-    if (got >= 0) return static_cast<std::size_t>(got);
-    if (errno != EINTR) return 0;
-  }
+  return resumed([&] { return ::read(fd, bytes, count); });
 }
 
-std::size_t size_to_read(int fd) noexcept {
-  struct stat status {};
-  const bool is_known = ::fstat(fd, &status) == 0 && status.st_size > 0;
-  return is_known ? static_cast<std::size_t>(status.st_size) : SIZE_MAX;
+std::size_t read_some_at(int fd, char* bytes, std::size_t count, off_t offset) noexcept {
+  return resumed([&] { return ::pread(fd, bytes, count, offset); });
 }
 
 std::size_t read_up_to(int fd, char* bytes, std::size_t count) noexcept {

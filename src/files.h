@@ -1,6 +1,8 @@
 // Opening and reading files so that nothing odd under a path can hold up the host.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstddef>
 #include <string_view>
 
@@ -26,9 +28,9 @@ enum class Existing { kTruncate, kAppend, kOverwrite };
 // number read; 0 at the end of the file or when it cannot be read.
 [[nodiscard]] std::size_t read_some(int fd, char* bytes, std::size_t count) noexcept;
 
-// How much to read of a file that somebody may still be writing to: what it holds now. Without
-// limit where the size says nothing, as for files under /proc.
-[[nodiscard]] std::size_t size_to_read(int fd) noexcept;
+// The same from `offset` on, wherever the descriptor stands.
+[[nodiscard]] std::size_t read_some_at(int fd, char* bytes, std::size_t count,
+                                       off_t offset) noexcept;
 
 // Reads like read_some, repeated until `count` bytes are in or nothing more comes.
 [[nodiscard]] std::size_t read_up_to(int fd, char* bytes, std::size_t count) noexcept;

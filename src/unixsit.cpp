@@ -47,7 +47,7 @@ int GetUnixVers(char* buffer) noexcept {
 int GetEnvVarUnix() noexcept {
   const UniquePipe listing{::popen("set", "re")};
   if (listing == nullptr) return 1;
-  sit::copy_into_report(::fileno(listing.get()));
+  sit::copy_into_report(sit::Input{::fileno(listing.get()), SIZE_MAX});
   return 0;
 }
 

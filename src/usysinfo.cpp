@@ -2,8 +2,7 @@
 #include "sit/usysinfo.h"
 
 #include "commfile.h"
-#include "sit/situtil.h"
-#include "situtil/temp_file.h"
+#include "situtil/capture.h"
 
 extern "C" {
 
@@ -52,20 +51,35 @@ constexpr Section kSections[] = {
     {"Patch Information", PCHLST, 7},
 };
 
-// Runs the commands in turn until one succeeds and copies the output of that one.
-bool write_first_success(const char** list, int limit, const sit::TempFile& output) noexcept {
-  for (int tried = 0; tried < limit && list[tried] != nullptr; ++tried) {
-    const char* command = list[tried];
-    LogMsgV("Executing %s ...\n", command);
-    const bool succeeded = execcmd(command, output.name()) == 0;
-    if (succeeded) {
-      LogMsg("Command: %s\n\n", command);
-      static_cast<void>(ReadTextFile(output.name()));
+bool begin_output(const sit::TempFile& output, const char* failure) noexcept {
+  if (!output.is_made()) LogString(failure);
+  return output.is_made();
+}
+
+// Runs the command and copies its output if it succeeds.
+bool write_if_successful(const char* command, const sit::TempFile& output) noexcept {
+  LogMsgV("Executing %s ...\n", command);
+  if (sit::run_into(command, output).result != 0) return false;
+  LogMsg("Command: %s\n\n", command);
+  sit::copy_into_report(sit::Input{output});
+  return true;
+}
+
+enum class Tried { kSuccess, kAllFailed, kNoFile };
+
+// Runs the commands in turn until one succeeds, each with a file of its own: one that has failed
+// may be writing still.
+Tried try_commands(const char** list, int limit) noexcept {
+  int tried = 0;
+  do {
+    const sit::TempFile output;
+    if (!begin_output(output, "execcmdlist: Failed to create temp file, exiting\n")) {
+      return Tried::kNoFile;
     }
-    output.remove();
-    if (succeeded) return true;
-  }
-  return false;
+    if (tried == 0) LogMsgV("Temp Log file is %s\n", output.name());
+    if (tried < limit && write_if_successful(list[tried], output)) return Tried::kSuccess;
+  } while (++tried < limit && list[tried] != nullptr);
+  return Tried::kAllFailed;
 }
 
 }  // namespace
@@ -90,13 +104,9 @@ void execcmdlist(const char* title, const char* list[], int limit) noexcept {
     LogString("No commands listed for this section\n");
     return;
   }
-  const sit::TempFile output;
-  if (!output.has_name()) {
-    LogString("execcmdlist: Failed to create temp file, exiting\n");
-    return;
-  }
-  LogMsgV("Temp Log file is %s\n", output.name());
-  if (!write_first_success(list, limit, output)) {
+  const Tried tried = try_commands(list, limit);
+  if (tried == Tried::kNoFile) return;
+  if (tried == Tried::kAllFailed) {
     LogString("Unable to extract information.\n");
     LogString("The following commands were executed, but returned an error status:\n");
     for (int i = 0; i < limit && list[i] != nullptr; ++i) LogMsg("  %s\n", list[i]);
@@ -108,14 +118,11 @@ void execonecmd(const char* title, const char* command) noexcept {
   LogTitle(title);
   LogMsg("Command: %s\n\n", command);
   const sit::TempFile output;
-  if (!output.has_name()) {
-    LogString("execonecmd: Failed to create temp file, exiting\n");
-    return;
-  }
+  if (!begin_output(output, "execonecmd: Failed to create temp file, exiting\n")) return;
   LogMsgV("Temp Log file is %s\n", output.name());
   LogMsgV("Executing %s ...\n", command);
-  static_cast<void>(execcmd(command, output.name()));
-  if (FileExists(output.name()) != 0) static_cast<void>(ReadTextFile(output.name()));
+  sit::run_into(command, output);
+  sit::copy_into_report(sit::Input{output});
   LogString("\n\n");
 }
 

@@ -241,9 +241,11 @@ TEST_F(Capture, OutputStandsInTheReportWhateverTheStatus) {
   EXPECT_EQ(written_by([] {
               LogCmdOutput("echo out; echo err >&2; exit 1", nullptr);
               LogCmdOutput("true", nullptr);
+              ::umask(0);
+              LogCmdOutput("stat -c %a \"$TMPDIR\"/sit*", nullptr);
               LogCmdOutput("printf 'a\\0%%d\\377'", nullptr);
             }),
-            std::string("out\nerr\na\0%d\377", 13));
+            std::string("out\nerr\n600\na\0%d\377", 17));
   EXPECT_EQ(written_by([this] { LogCmdOutput("echo kept", path("kept").c_str()); }), "");
   EXPECT_EQ(read_file(path("kept")), "kept\n");
 }
@@ -294,6 +296,11 @@ TEST_F(Capture, FilesThatCannotBeRead) {
               EXPECT_EQ(ReadTextFile(nullptr), ENOENT);
             }),
             "");
+  const std::string endless = "/proc/self/pagemap";
+  const std::string text = written_by([&] { EXPECT_EQ(ReadTextFile(endless.c_str()), 0); });
+  EXPECT_EQ(text.size() - text.rfind('\0') - 1 + (16U << 20U), text.size());
+  EXPECT_TRUE(
+      text.ends_with("\nWARNING: Only the first 16777216 bytes of " + endless + " were read.\n"));
   EXPECT_EQ(FileExists(path("missing").c_str()), 0U);
   EXPECT_EQ(FileExists(path("").c_str()) & 0x4000U, 0x4000U);
 }

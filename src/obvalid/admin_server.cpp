@@ -22,15 +22,6 @@ bool is_of_version(const PHMVER& record, const char* version) noexcept {
          sit::equal_ignoring_case(record.version, version) && record.bitness == GetBitness(version);
 }
 
-PHMVER* find_plain_installation(const char* version) noexcept {
-  for (PHMVER* record = pphm; record != nullptr; record = record->next) {
-    if (is_of_version(*record, version) && IsCorrectProduct(record, SEL_PRODUCT) != 0) {
-      return record;
-    }
-  }
-  return nullptr;
-}
-
 // The first path in double quotes that exists.
 bool find_existing(std::string_view text, sit::Path& path) noexcept {
   for (;;) {
@@ -53,7 +44,7 @@ bool find_in_control_script(const PHMVER& record, sit::Path& directory) noexcept
   if (!sit::compose(script, "The path", {sit::text_of(record.dir), "/bin/peladsv"})) return false;
   const sit::UniqueFd file = sit::open_for_reading(script.c_str());
   if (!file.is_open()) return false;
-  sit::PieceReader reader{file.get()};
+  sit::PieceReader reader{sit::Input{file.get(), script.c_str()}};
   for (std::string_view line; reader.next(line);) {
     line = sit::up_to_nul(line);
     const std::size_t variable = line.find(kVariable);
@@ -64,6 +55,15 @@ bool find_in_control_script(const PHMVER& record, sit::Path& directory) noexcept
 }
 
 }  // namespace
+
+PHMVER* sit::find_plain_installation(const char* version) noexcept {
+  for (PHMVER* record = pphm; record != nullptr; record = record->next) {
+    if (is_of_version(*record, version) && IsCorrectProduct(record, SEL_PRODUCT) != 0) {
+      return record;
+    }
+  }
+  return nullptr;
+}
 
 bool sit::own_plugins_file(const PHMVER& record, LineText& path) noexcept {
   const std::string_view name = record.major == kFirstRelease
@@ -97,7 +97,7 @@ int FindAdminServer(const char* version) noexcept {
 }
 
 char* GetAdmSrvWrkDir(const char* version) noexcept {
-  PHMVER* record = find_plain_installation(version);
+  PHMVER* record = sit::find_plain_installation(version);
   if (record == nullptr) return nullptr;
   if (char* value = std::getenv("WRKDIR"); value != nullptr) {
     sit::replace_field(record->wrkDir, value);

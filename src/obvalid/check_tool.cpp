@@ -3,13 +3,11 @@
 #include <string_view>
 
 #include "commfile.h"
-#include "files.h"
-#include "handles.h"
 #include "obvalid/obvalid.h"
 #include "sit/commutils.h"
 #include "sit/situtil.h"
+#include "situtil/capture.h"
 #include "situtil/shell.h"
-#include "situtil/temp_file.h"
 
 namespace {
 
@@ -151,12 +149,11 @@ int ValidateOBInstance(const char* version, const char* tool, const char* broker
   }
   LogMsgV("Ready to execute %s\n", command.c_str());
   const sit::TempFile output;
-  if (!output.has_name()) return SIT_NOT_FOUND;
-  LogCmdOutput(command.c_str(), output.name());
-  const sit::UniqueFd file = sit::open_for_reading(output.name());
-  if (!file.is_open()) return SIT_NOT_FOUND;
+  if (!output.is_made()) return SIT_NOT_FOUND;
+  LogMsgV("\nExecuting:\n%s\n\n", command.c_str());
+  if (!sit::run_into(command.c_str(), output).has_started) return SIT_NOT_FOUND;
   BrokerLines lines{version, sit::text_of(type), name};
-  sit::PieceReader reader{file.get(), sit::size_to_read(file.get())};
+  sit::PieceReader reader{sit::Input{output}};
   for (std::string_view piece; reader.next(piece);) lines.take(piece);
   return lines.finish();
 }

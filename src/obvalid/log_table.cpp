@@ -146,7 +146,7 @@ int Populate_Logs_Table(const char* line, const char* version, const char* name)
 int Populate_Logs_Table_ConMgr(const char* path, const char* version) noexcept {
   const sit::UniqueFd file = sit::open_for_reading(path == nullptr ? "" : path);
   if (!file.is_open()) return 0;
-  sit::PieceReader reader{file.get()};
+  sit::PieceReader reader{sit::Input{file.get(), path}};
   Databases databases{version};
   for (std::string_view line; reader.next(line);) databases.take(sit::up_to_nul(line));
   return 0;

@@ -42,11 +42,18 @@ template <std::invocable Own>
 // Whether there is such a file, which the report calls `what`; it says so if not.
 [[nodiscard]] bool is_file(const char* path, const char* what) noexcept;
 
+// Says in the report when a file that an installation's files or tools name, and that exists, lies
+// outside the directory where one would look for it. Links do not hide that.
+void log_if_outside(const char* path, const char* directory) noexcept;
+
 // Copies a properties file into the directory `destination`, its name followed by the
 // installation's version; `announcement` takes the path and that name. Returns 0 or
 // SIT_COPY_FAILED.
 [[nodiscard]] int copy_properties(const PHMVER& record, const char* path, const char* destination,
                                   const char* announcement) noexcept;
+
+// The first plain installation of the version; null when there is none.
+[[nodiscard]] PHMVER* find_plain_installation(const char* version) noexcept;
 
 // ---- Admin server ----
 

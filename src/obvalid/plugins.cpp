@@ -31,7 +31,7 @@ constexpr Format kSections{"[Plugin.OBPropMgr]",
                            }};
 
 // Takes the last candidate of the section. False when nothing closes the section.
-bool read_section(int file, const Format& format, sit::LineText& candidate) noexcept {
+bool read_section(const sit::Input& file, const Format& format, sit::LineText& candidate) noexcept {
   bool is_inside = false;
   sit::PieceReader reader{file};
   for (std::string_view piece; reader.next(piece);) {
@@ -52,7 +52,7 @@ int read_candidate(const char* path, const Format& format, sit::LineText& candid
   if (sit::is_missing(path)) return 0;
   const sit::UniqueFd file = sit::open_for_reading(path);
   if (!file.is_open()) return SIT_PLUGINS_UNREADABLE;
-  const bool is_closed = read_section(file.get(), format, candidate);
+  const bool is_closed = read_section(sit::Input{file.get(), path}, format, candidate);
   return is_closed && !candidate.empty() ? OB_LOCATION_FOUND : OB_NO_LOCATION;
 }
 

@@ -10,6 +10,7 @@
 #include "files.h"
 #include "handles.h"
 #include "pelver/pelver.h"
+#include "signals.h"
 #include "sit/commutils.h"
 #include "sit/situtil.h"
 #include "situtil/piece_reader.h"
@@ -17,29 +18,33 @@
 
 namespace {
 
-// The whole file as a text; empty when it cannot be read.
-sit::HeapText read_back(const char* path) noexcept {
-  const sit::UniqueFd file = sit::open_for_reading(path);
+// All that was written to the stream; null when some of it was lost.
+sit::HeapText read_back(FILE* stream) noexcept {
   struct stat status {};
-  if (!file.is_open() || ::fstat(file.get(), &status) != 0) return {};
+  const int fd = ::fileno(stream);
+  if (std::fflush(stream) != 0 || std::ferror(stream) != 0 || ::fstat(fd, &status) != 0 ||
+      ::lseek(fd, 0, SEEK_SET) != 0) {
+    return {};
+  }
   const auto size = static_cast<std::size_t>(status.st_size);
   sit::HeapText text{static_cast<char*>(std::malloc(size + 1))};
   if (text == nullptr) return text;
-  const std::size_t held = sit::read_up_to(file.get(), text.get(), size);
+  const std::size_t held = sit::read_up_to(fd, text.get(), size);
   text.get()[held] = '\0';
   return text;
 }
 
 // Discovers into pphm; the messages go through a temporary file. Null when they are lost.
 sit::HeapText discover() noexcept {
-  const sit::TempFile messages;
-  if (!messages.has_name()) return {};
-  sit::UniqueFile output{std::fopen(messages.name(), "wxe")};
+  sit::TempFile messages;
+  const sit::QuietWriting quiet{sit::may_raise_signals(messages.fd())};
+  sit::UniqueFd file = messages.release();
+  const sit::UniqueFile output{file.is_open() ? ::fdopen(file.get(), "w+") : nullptr};
   if (output == nullptr) return {};
+  static_cast<void>(file.release());
   getPelUnixVersions(&pphm, output.get());
   getDelvonUnixVersions(&pphm, output.get());
-  if (std::fclose(output.release()) != 0) return {};
-  return read_back(messages.name());
+  return read_back(output.get());
 }
 
 PHMVER* new_record(std::string_view directory, std::string_view failure, FILE* output) noexcept {
@@ -156,7 +161,7 @@ int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
   buffer[0] = '\0';
   const sit::UniqueFd file = sit::open_for_reading(init_file);
   if (!file.is_open()) return errno;
-  sit::PieceReader reader{file.get()};
+  sit::PieceReader reader{sit::Input{file.get(), init_file}};
   for (std::string_view line; reader.next(line);) {
     line = sit::without_line_end(sit::up_to_nul(line));
     if (!line.starts_with(kAssignment)) continue;

@@ -17,7 +17,7 @@ constexpr std::string_view kSetting = "SET delvonConfigDir";
 
 // The value of the first line that has the setting: empty when it has none, nothing when no line
 // has it.
-std::optional<sit::LineText> find_configuration_directory(int init_file) noexcept {
+std::optional<sit::LineText> find_configuration_directory(const sit::Input& init_file) noexcept {
   sit::PieceReader reader{init_file};
   for (std::string_view line; reader.next(line);) {
     line = sit::without_line_end(sit::up_to_nul(line));
@@ -40,7 +40,8 @@ void copy_from(std::string_view from, std::string_view name, const char* to) noe
 void copy_configuration(const char* init_file, const char* to) noexcept {
   const sit::UniqueFd file = sit::open_for_reading(init_file);
   if (!file.is_open()) return;
-  const std::optional<sit::LineText> directory = find_configuration_directory(file.get());
+  const std::optional<sit::LineText> directory =
+      find_configuration_directory(sit::Input{file.get(), init_file});
   if (!directory) {
     LogMsg(
         "Cannot find the delvonConfigDir setting in %s. Skipping copy of delvonweb.xml and "

@@ -4,13 +4,12 @@
 #include <concepts>
 
 #include "commfile.h"
-#include "commutils/heap_text.h"
 #include "commutils/views.h"
 #include "session.h"
 #include "sit/codes.h"
 #include "sit/pelver.h"
 #include "sit/sitexec.h"
-#include "sit/situtil.h"
+#include "situtil/temp_file.h"
 
 namespace sit {
 
@@ -62,10 +61,14 @@ int run_framed(const Frame& frame, Body body) noexcept {
 // is null. Returns the body's result, or why there is no report.
 template <std::invocable Body>
 int run_appending(const char* path, Body body) noexcept {
-  const HeapText temporary{path == nullptr ? GetTempFile() : nullptr};
-  const char* report = path == nullptr ? temporary.get() : path;
-  if (report == nullptr) return SIT_NOT_FOUND;
-  if (const int opened = LogOpen(report, SIT_APPEND); opened != SIT_OK) return opened;
+  if (path == nullptr) {
+    TempFile temporary;
+    if (!temporary.is_made()) return SIT_NOT_FOUND;
+    begin_report_in(temporary.release(), temporary.name());
+    temporary.keep();
+  } else if (const int opened = LogOpen(path, SIT_APPEND); opened != SIT_OK) {
+    return opened;
+  }
   const int result = body();
   static_cast<void>(LogClose(0));
   return result;

@@ -7,16 +7,24 @@
 #include "commfile.h"
 #include "files.h"
 #include "sit/situtil.h"
-#include "situtil/temp_file.h"
+#include "situtil/child.h"
 
-void sit::copy_into_report(int fd, std::size_t most) noexcept {
+sit::Outcome sit::run_into(const char* command, const TempFile& output) noexcept {
+  const Outcome outcome = run({.command = command, .output = nullptr, .output_fd = output.fd()});
+  if (const int error = output.growth_error(); error != 0) {
+    LogMsg("ERROR: Output of %s may be lost: its temporary file cannot grow, errno = %d\n", command,
+           error);
+  }
+  return outcome;
+}
+
+int sit::copy_into_report(Input input) noexcept {
   std::array<char, 8192> block;
-  std::size_t copied = 0;
-  while (copied < most) {
-    const std::size_t got = read_some(fd, block.data(), block.size());
-    if (got == 0) return;
+  for (;;) {
+    errno = 0;
+    const std::size_t got = input.read(block.data(), block.size());
+    if (got == 0) return errno;
     log_bytes({block.data(), got});
-    copied += got;
   }
 }
 
@@ -29,13 +37,13 @@ void LogCmdOutput(const char* command, const char* output) noexcept {
     return;
   }
   const sit::TempFile captured;
-  if (!captured.has_name()) {
+  if (!captured.is_made()) {
     LogMsg("LogCmdOutput: failed to create temp file\n");
     return;
   }
   LogMsgV("\nExecuting:\n%s\n\n", command);
-  static_cast<void>(execcmd(command, captured.name()));
-  if (ReadTextFile(captured.name()) != 0) {
+  if (!sit::run_into(command, captured).has_started ||
+      sit::copy_into_report(sit::Input{captured}) != 0) {
     LogMsg("Failed to capture output from %s\n", command);
     LogMsgV("Failed to open file %s\n", captured.name());
   }
@@ -45,7 +53,7 @@ int ReadTextFile(const char* path) noexcept {
   if (path == nullptr) return ENOENT;
   const sit::UniqueFd file = sit::open_for_reading(path);
   if (!file.is_open()) return errno;
-  sit::copy_into_report(file.get(), sit::size_to_read(file.get()));
+  sit::copy_into_report(sit::Input{file.get(), path});
   return 0;
 }
 

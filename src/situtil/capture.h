@@ -1,13 +1,17 @@
 // Copying what a command printed into the open report.
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include "situtil/input.h"
+#include "situtil/start.h"
+#include "situtil/temp_file.h"
 
 namespace sit {
 
-// Copies at most about `most` bytes. A copy need not look at lines: it goes by whole blocks, each
-// flushed.
-void copy_into_report(int fd, std::size_t most = SIZE_MAX) noexcept;
+// Runs the command into the file and says in the report when its output may be lost.
+Outcome run_into(const char* command, const TempFile& output) noexcept;
+
+// A copy need not look at lines: it goes by whole blocks, each flushed. Returns 0, or the error
+// that kept it from reading on.
+int copy_into_report(Input input) noexcept;
 
 }  // namespace sit

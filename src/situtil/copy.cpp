@@ -1,8 +1,9 @@
 // Copying a file, or only the end of a large one.
+#include "situtil/copy.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <string_view>
@@ -10,8 +11,10 @@
 #include "commutils/views.h"
 #include "files.h"
 #include "handles.h"
+#include "signals.h"
 #include "sit/codes.h"
 #include "sit/situtil.h"
+#include "situtil/input.h"
 
 namespace {
 
@@ -44,51 +47,54 @@ bool drop_line(std::string_view& text) noexcept {
   return newline != std::string_view::npos;
 }
 
-// Copies at most `left` bytes, with `trimmed` from the first line that begins there. Returns 0 or
+// Copies what the input gives, with `trimmed` from the first line that begins there. Returns 0 or
 // the error.
-int copy_bytes(int source, int destination, std::size_t left, bool trimmed) noexcept {
-  std::array<char, 8192> block;
-  while (left > 0) {
+int copy_bytes(sit::Input source, int destination, bool trimmed) noexcept {
+  std::array<char, 32768> block;
+  if (!trimmed) source.send_to(destination);
+  for (;;) {
     errno = 0;
-    const std::size_t got = sit::read_some(source, block.data(), std::min(left, block.size()));
+    const std::size_t got = source.read(block.data(), block.size());
     if (got == 0) return errno;
-    left -= got;
     std::string_view text{block.data(), got};
     if (trimmed) trimmed = !drop_line(text);
     if (!sit::write_all(destination, text)) return errno;
   }
-  return 0;
 }
 
 // A source that goes on growing, as a log may, is read no further than to its size at the opening.
-int copy_end(int source, int destination, off_t size, bool trim) noexcept {
-  if (!trim || size <= kTrimmedSize) {
-    return copy_bytes(source, destination, sit::size_to_read(source), false);
-  }
+int copy_end(sit::Input whole, int source, int destination, off_t size, bool trim) noexcept {
+  if (!trim || size <= kTrimmedSize) return copy_bytes(whole, destination, false);
   if (::lseek(source, size - kTrimmedSize, SEEK_SET) < 0 ||
       !sit::write_all(destination, "PELINVENTORY:  File trimmed to 1 MB...\n\n")) {
     return errno;
   }
-  return copy_bytes(source, destination, kTrimmedSize, true);
+  return copy_bytes(sit::Input{source, kTrimmedSize}, destination, true);
 }
 
 }  // namespace
 
-extern "C" int CopyEndOfFile(const char* source, const char* destination, int trim,
-                             int append) noexcept {
+int sit::copy_end_of_file(const char* source, const char* destination, bool trim, Existing existing,
+                          const char* name) noexcept {
   if (source == nullptr || destination == nullptr) return SIT_FAILED;
-  const sit::UniqueFd from = sit::open_for_reading(source);
+  const UniqueFd from = open_for_reading(source);
   if (!from.is_open()) return errno;
   struct stat at_opening {};
   if (::fstat(from.get(), &at_opening) != 0) return errno;
   if (is_same_file(at_opening, destination)) return EINVAL;
-  sit::UniqueFd to = sit::open_for_writing(
-      destination, append != 0 ? sit::Existing::kAppend : sit::Existing::kTruncate);
+  UniqueFd to = open_for_writing(destination, existing);
   if (!to.is_open()) return errno;
   const bool is_all_ours = !holds_something(to.get());
-  int error = copy_end(from.get(), to.get(), at_opening.st_size, trim != 0);
+  const QuietWriting quiet{may_raise_signals(to.get())};
+  int error = copy_end(Input{from.get(), name}, from.get(), to.get(), at_opening.st_size, trim);
   // Some file systems tell only here that they are full.
   if (::close(to.release()) != 0 && error == 0) error = errno;
   if (error != 0 && is_all_ours) remove_half_copy(destination);
   return error;
+}
+
+extern "C" int CopyEndOfFile(const char* source, const char* destination, int trim,
+                             int append) noexcept {
+  const sit::Existing existing = append != 0 ? sit::Existing::kAppend : sit::Existing::kTruncate;
+  return sit::copy_end_of_file(source, destination, trim != 0, existing, nullptr);
 }

@@ -1,10 +1,8 @@
 #include "situtil/piece_reader.h"
 
-#include <algorithm>
 #include <cstring>
 
 #include "commutils/views.h"
-#include "files.h"
 
 namespace sit {
 
@@ -15,10 +13,8 @@ void PieceReader::fill() noexcept {
   begin_ = 0;
   end_ = held;
   while (!at_end_ && end_ < kPieceLength) {
-    const std::size_t got =
-        read_some(fd_, bytes_.data() + end_, std::min(bytes_.size() - end_, left_));
+    const std::size_t got = input_.read(bytes_.data() + end_, bytes_.size() - end_);
     at_end_ = got == 0;
-    left_ -= got;
     end_ += got;
   }
 }

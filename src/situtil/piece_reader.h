@@ -3,10 +3,10 @@
 
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <string_view>
 
 #include "commutils/bounded_text.h"
+#include "situtil/input.h"
 
 namespace sit {
 
@@ -24,8 +24,7 @@ using LineText = BoundedText<kPieceLength + 1>;
 
 class PieceReader {
  public:
-  // Reads `most` bytes at most. Does not own the descriptor.
-  explicit PieceReader(int fd, std::size_t most = SIZE_MAX) noexcept : fd_(fd), left_(most) {}
+  explicit PieceReader(const Input& input) noexcept : input_(input) {}
 
   // Gives the next piece, its newline included, valid until the one after it is read. False at the
   // end of the text, or when it cannot be read any further.
@@ -34,8 +33,7 @@ class PieceReader {
  private:
   void fill() noexcept;
 
-  int fd_;
-  std::size_t left_;
+  Input input_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
   bool at_end_ = false;

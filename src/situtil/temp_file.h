@@ -1,29 +1,42 @@
 // Temporary files that do not outlive their owner.
 #pragma once
 
-#include <unistd.h>
+#include <string_view>
+#include <utility>
 
 #include "commutils/heap_text.h"
-#include "sit/situtil.h"
+#include "handles.h"
 
 namespace sit {
 
-// A name from GetTempFile; whatever stands under it at the end is removed.
+// Made once, for its owner's eyes alone, and never opened again: whatever others put under its name
+// is none of it. Stands where a few KB can really be written, in the temporary folder or else in
+// that of the open report.
 class TempFile {
  public:
-  TempFile() noexcept : name_(GetTempFile()) {}
+  TempFile() noexcept;
   TempFile(const TempFile&) = delete;
   TempFile& operator=(const TempFile&) = delete;
   ~TempFile() { remove(); }
 
-  [[nodiscard]] bool has_name() const noexcept { return name_ != nullptr; }
+  [[nodiscard]] bool is_made() const noexcept { return name_ != nullptr; }
   [[nodiscard]] const char* name() const noexcept { return name_.get(); }
-  void remove() const noexcept {
-    if (name_ != nullptr) ::unlink(name_.get());
-  }
+  [[nodiscard]] int fd() const noexcept { return file_.get(); }
+
+  // Hands the open file over; what stands under its name is removed all the same.
+  [[nodiscard]] UniqueFd release() noexcept { return std::move(file_); }
+  // The file stays.
+  void keep() noexcept { name_.reset(); }
+
+  // Why the file cannot grow any further: 0, or the file system's error.
+  [[nodiscard]] int growth_error() const noexcept;
 
  private:
+  [[nodiscard]] bool make_in(std::string_view directory) noexcept;
+  void remove() noexcept;
+
   HeapText name_;
+  UniqueFd file_;
 };
 
 }  // namespace sit

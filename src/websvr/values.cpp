@@ -12,7 +12,7 @@ namespace sit {
 ConfReader::ConfReader(const char* path) noexcept
     : file_(open_for_reading(path == nullptr ? "" : path)),
       error_(file_.is_open() ? 0 : errno),
-      reader_(file_.get()) {}
+      reader_(Input{file_.get(), path}) {}
 
 bool ConfReader::next(std::string_view& line) noexcept {
   if (!reader_.next(line)) return false;
