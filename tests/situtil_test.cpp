@@ -389,7 +389,7 @@ TEST_F(Copy, Failures) {
 class Shell : public test::SitTest {};
 
 TEST_F(Shell, Listings) {
-  const std::string odd = path("a b\"c$d`e\\f");
+  const std::string odd = path("a b\"c$d`e\\f\xb5\\\xc3\xbc");
   write_file(odd + "/sub/file", "x");
   std::filesystem::create_symlink(odd + "/sub", odd + "/link");
   for (const int recursive : {0, 1}) {
@@ -397,6 +397,13 @@ TEST_F(Shell, Listings) {
     EXPECT_EQ(written_by([&] { EXPECT_EQ(ListFiles(odd.c_str(), recursive), 0); }),
               test::run("ls " + options + " '" + odd + "'").output + "\n");
   }
+  // In some locales a byte from 0x80 on and a backslash behind it are one character.
+  SetVerboseMode(1);
+  EXPECT_NE(written_by([&] {
+              ListFiles(odd.c_str(), 0);
+            }).find("a b\\\"c\\$d\\`e\\\\f\"'\xb5'\"\\\\\"'\xc3\xbc'\n"),
+            std::string::npos);
+  SetVerboseMode(0);
   EXPECT_EQ(written_by([this] { ListFiles(path("missing").c_str(), 0); }),
             "\nERROR: Directory " + path("missing") + " does not exist, errno 2.\n");
   const std::string longest = path(std::string(246 - path("").size(), '$'));
@@ -417,6 +424,25 @@ TEST_F(Shell, Copies) {
                 "': No such file or directory\n");
   EXPECT_EQ(written_by([this] { MyCopy(path("missing").c_str(), "x"); }),
             "\nCannot copy " + path("missing") + " because file does not exist.\n");
+  write_file(path("b"), "");
+  std::filesystem::create_directory(path("both"));
+  write_file(path("from b"), "");  // as it is named, so are two others
+  const std::filesystem::path here = std::filesystem::current_path();
+  std::filesystem::current_path(path(""));
+  EXPECT_EQ(written_by([] { MyCopy("from b", "both"); }), "\nCopying from b...\n");
+  EXPECT_TRUE(std::filesystem::exists("both/from") && std::filesystem::exists("both/b"));
+  for (const char* name : {"a;touch x", "a$(touch x)", "a`touch x`", "a\ntouch x", "a|touch x",
+                           "a&touch x", "a>x", "a*", "-tx a", "a --target-directory=x", "~", "#"}) {
+    write_file(path(name), "");
+    EXPECT_EQ(written_by([&] { MyCopy(name, "both"); }),
+              "\nERROR: Not copying " + std::string(name) +
+                  " to both: the shell or cp would not take these names as they stand.\n");
+    EXPECT_FALSE(std::filesystem::exists("x")) << name;
+  }
+  write_file(path("x~1=\xc3\xbc"), "odd");
+  EXPECT_EQ(written_by([] { MyCopy("x~1=\xc3\xbc", "both/odd"); }), "\nCopying x~1=\xc3\xbc...\n");
+  EXPECT_EQ(read_file("both/odd"), "odd");
+  std::filesystem::current_path(here);
   const std::string long_name(510, 'n');
   EXPECT_EQ(written_by([&] { MyCopy(path("from").c_str(), long_name.c_str()); }),
             "ERROR: The command of " + std::to_string(path("from").size() + 515) +

@@ -42,16 +42,25 @@ int ListFiles(const char* directory, int recursive) noexcept {
 }
 
 void MyCopy(const char* source, const char* destination) noexcept {
-  Command command;
-  if (!sit::compose(command, "The command",
-                    {"cp ", sit::text_of(source), " ", sit::text_of(destination), "\n"})) {
-    return;
-  }
+  const std::string_view from = sit::text_of(source);
+  const std::string_view to = sit::text_of(destination);
+  Command stated;
+  if (!sit::compose(stated, "The command", {"cp ", from, " ", to, "\n"})) return;
   if (FileExists(source) == 0) {
     LogMsg("\nCannot copy %s because file does not exist.\n", source);
     return;
   }
+  sit::CommandLine command;
+  if (!command.append("cp") || !sit::append_words(command, from) ||
+      !sit::append_words(command, to)) {
+    LogMsg(
+        "\nERROR: Not copying %s to %s: the shell or cp would not take these names as they "
+        "stand.\n",
+        source, destination);
+    return;
+  }
   LogMsg("\nCopying %s...\n", source);
+  static_cast<void>(command.append("\n"));
   LogCmdOutput(command.c_str(), nullptr);
 }
 
