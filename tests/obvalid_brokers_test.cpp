@@ -236,12 +236,16 @@ TEST_F(Brokers, HungAndFailingToolsDoNotEndTheReport) {
 TEST_F(Brokers, OneBrokerIsLookedForUntilFound) {
   name_location(properties());
   make_tool(dir() + "/bin/rgconfig", "echo \"Cannot find$2 in $4\"");
-  make_tool(dir() + "/bin/apconfig", "echo found");
+  const std::string pf = "srvrStartupParam: -pf " + path("a.pf") + "\n";
+  write_file(path("a.pf"), "-p\n");
+  make_tool(dir() + "/bin/apconfig", "echo '" + pf + "'");
   make_tool(dir() + "/bin/wgaconfig", "echo never run");
   const std::string start = "Read obroker properties location from Plugins file: " + own() +
                             "\nVALIDATING: " + properties() + "\n\n";
-  EXPECT_EQ(validate(0, "", "one"),
-            start + banner("Registry") + banner("AP") + "found\n" + startup_missing());
+  EXPECT_EQ(validate(0, "", "one"), start + banner("Registry") + banner("AP") + pf +
+                                        startup_missing() + "INFORMATION: " + path("a.pf") +
+                                        " lies outside " + dir() + ".\n" +
+                                        parameter_file(path("a.pf"), "-p\n"));
   for (const char* tool : {"apconfig", "wgaconfig"}) {
     fs::copy_file(dir() + "/bin/rgconfig", dir() + "/bin/" + tool,
                   fs::copy_options::overwrite_existing);

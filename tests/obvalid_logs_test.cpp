@@ -18,6 +18,10 @@ using Tree = std::map<std::string, std::string>;
 
 class Logs : public test::InstallationTest {
  protected:
+  void SetUp() override {
+    InstallationTest::SetUp();
+    move_to(path("."));  // all logs are its own
+  }
   void TearDown() override {
     clear_table();
     InstallationTest::TearDown();
@@ -160,6 +164,17 @@ TEST_F(Logs, CopiesOfOneName) {
   expect_copies("db:first", 1, {{"first/old", "kept"}}, refused);
   write_file(path("copies/first/old"), "kept");
   expect_copies("first", 0, {{"first/old", "kept"}, {"server.log", exact}}, refused);
+
+  move_to(path("pel"));
+  fs::create_symlink("../a.lg", dir() + "/link");
+  write_file(path("pelican"), "");
+  const std::string outside = " lies outside " + dir();
+  note("logFile", "outside", "pelican");
+  expect_copies("outside", 0, {{"pelican", ""}},
+                "INFORMATION: " + path("pelican") + outside + ".\n");
+  note("logFile", "linked", "pel/link");
+  expect_copies("linked", 0, {{"link", "text\n"}},
+                "INFORMATION: " + path("pel/link") + outside + ", at " + path("a.lg") + ".\n");
 }
 
 TEST_F(Logs, CopyGoesOnPastLogsThatCannotBeCopied) {

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 
 #include <cerrno>
+#include <cstdlib>
 #include <span>
 #include <string_view>
 
@@ -9,6 +10,7 @@
 #include "obvalid/logs.h"
 #include "obvalid/obvalid.h"
 #include "sit/situtil.h"
+#include "situtil/copy.h"
 #include "situtil/path.h"
 
 const AdmSrvLogName AdmSrvLogs[SIT_ADMSRV_LOGS] = {"adminsrv.log",   "AdminSrvConsole.log",
@@ -29,14 +31,19 @@ constexpr CopyWords kNotedLog{"Cannot find %s. Skipping file copy.\n",
 constexpr CopyWords kAdminLog{"Can't find %s... Skipping file copy\n",
                               "Could not copy %s, ret = %d\n"};
 
-// Copies the end of a log into a directory, under its own name.
-bool copy_log(const char* log_file, std::string_view directory, const CopyWords& words) noexcept {
+// Copies the end of a log into a directory, under its own name, and says so when it does not come
+// from its home.
+bool copy_log(const char* log_file, const char* home, std::string_view directory,
+              const CopyWords& words) noexcept {
   sit::Path target;
   if (!sit::compose(target, "The path", {directory, "/", sit::base_name(log_file)})) return false;
-  const int result = Copy_File(log_file, target.c_str(), 1);
-  if (result == ENOENT) {
+  const int result =
+      sit::copy_end_of_file(log_file, target.c_str(), true, sit::Existing::kTruncate, log_file);
+  if (result == 0) {
+    sit::log_if_outside(log_file, home);
+  } else if (result == ENOENT) {
     LogMsg(words.missing, log_file);
-  } else if (result != 0) {
+  } else {
     LogMsg(words.failed, log_file, result);
   }
   return result == 0;
@@ -63,11 +70,17 @@ int copy_admin_server_logs(const char* version, const char* destination) noexcep
   if (FindAdminServer(version) == 0) return SIT_NO_ADMIN_SERVER;
   const sit::WorkDirectory directory{GetAdmSrvWrkDir(version)};
   if (directory == nullptr) return SIT_NO_ADMIN_DIRECTORY;
+  const PHMVER* record = sit::find_plain_installation(version);
+  if (record != nullptr && directory.get() != std::getenv("WRKDIR")) {
+    sit::log_if_outside(directory.get(), record->dir);
+  }
   return CopyAdmSrvLogs(version, directory.get(), destination);
 }
 
 int copy_noted_logs(std::string_view name, const char* version, std::string_view destination,
                     bool only_databases) noexcept {
+  const PHMVER* record = sit::find_plain_installation(version);
+  const char* home = record == nullptr ? nullptr : record->dir;
   bool has_copied = false;
   bool has_skipped = false;
   for (const LogEntry& entry : sit::noted_logs()) {
@@ -80,7 +93,7 @@ int copy_noted_logs(std::string_view name, const char* version, std::string_view
     sit::Path directory;
     if (is_database && !make_database_directory(destination, entry.name, directory)) continue;
     static_cast<void>(
-        copy_log(entry.logFile, is_database ? directory.view() : destination, kNotedLog));
+        copy_log(entry.logFile, home, is_database ? directory.view() : destination, kNotedLog));
     has_copied = true;
   }
   if (!has_copied) return kNothingNoted;
@@ -111,7 +124,7 @@ int CopyAdmSrvLogs(const char* /*version*/, const char* directory,
   for (const AdmSrvLogName& name : AdmSrvLogs) {
     sit::Path log_file;
     if (sit::compose(log_file, "The path", {directory, "/", name}) &&
-        copy_log(log_file.c_str(), destination, kAdminLog)) {
+        copy_log(log_file.c_str(), directory, destination, kAdminLog)) {
       has_copied = true;
     }
   }

@@ -56,6 +56,7 @@ void sit::log_parameter_files(const char* directory) noexcept {
   for (char* file = list.get(); file != nullptr;) {
     char* comma = std::strchr(file, ',');
     if (comma != nullptr) *comma++ = '\0';
+    log_if_outside(file, directory);
     LogParameterFile(nullptr, file);
     file = comma;
   }

@@ -1,11 +1,13 @@
 // What both validations do with their properties file.
 #include <cerrno>
+#include <cstdlib>
 #include <string_view>
 
 #include "commfile.h"
 #include "obvalid/obvalid.h"
 #include "pelver/keys.h"
 #include "sit/situtil.h"
+#include "situtil/copy.h"
 #include "situtil/shell.h"
 
 namespace {
@@ -14,7 +16,7 @@ int copy_as(const char* path, const char* destination, std::string_view name) no
   sit::Path target;
   if (destination == nullptr) return EINVAL;
   if (!sit::compose(target, "The path", {destination, "/", name})) return ENAMETOOLONG;
-  return Copy_File(path, target.c_str(), 0);
+  return sit::copy_end_of_file(path, target.c_str(), false, sit::Existing::kTruncate, path);
 }
 
 }  // namespace
@@ -45,6 +47,21 @@ bool sit::is_file(const char* path, const char* what) noexcept {
     return true;
   }
   return false;
+}
+
+void sit::log_if_outside(const char* path, const char* directory) noexcept {
+  if (path == nullptr || directory == nullptr) return;
+  const HeapText file{::realpath(path, nullptr)};
+  const HeapText home{::realpath(directory, nullptr)};
+  if (file == nullptr) return;
+  const std::string_view real = file.get();
+  const std::string_view root = text_of(home.get());
+  const bool is_inside = !root.empty() && real.starts_with(root) &&
+                         (root.ends_with('/') || tail(real, root.size()).starts_with('/'));
+  if (is_inside) return;
+  const bool is_link = real != path;
+  LogMsg("INFORMATION: %s lies outside %s%s%s.\n", path, directory, is_link ? ", at " : "",
+         is_link ? file.get() : "");
 }
 
 int sit::copy_properties(const PHMVER& record, const char* path, const char* destination,
