@@ -139,6 +139,7 @@ extern "C" pid_t fork() noexcept {
   return -1;
 }
 
+// NOLINTNEXTLINE(readability-inconsistent-declaration-parameter-name)
 extern "C" int clone(int (*run)(void*), void* stack, int flags, void* argument, ...) noexcept {
   if (fuzz::chosen->needs() != fuzz::Needs::kChildren) return fork();
   static const auto real_clone = reinterpret_cast<decltype(&clone)>(::dlsym(RTLD_NEXT, "clone"));

@@ -1,6 +1,7 @@
 /* The one report file: open, write, close. Every text goes into the file at once, so what has been
  * collected is on disk whatever happens next. Writers called while no report is open write
- * nothing and return 0. */
+ * nothing and return 0. A report that may end a host by a signal, its reader gone (SIGPIPE) or a
+ * limit met (SIGXFSZ), gives a result instead: EPIPE and EFBIG. */
 #ifndef SIT_COMMFILE_H
 #define SIT_COMMFILE_H
 

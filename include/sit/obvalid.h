@@ -192,7 +192,8 @@ SIT_API int Copy_File(const char *source, const char *destination, int trim) SIT
 /* Copies log files of the installation `version` into the directory `destination`, trimmed to
  * their last megabyte: those noted for the broker, server or database `name`; only those of a
  * database for "db:" and its name; those of the admin server for "admsrv". The log of a database
- * gets a new directory of the database's name. The open report says what could not be copied.
+ * gets a new directory of the database's name. The open report says what could not be copied, and
+ * which of the copied logs lie outside the installation.
  * Returns 0 or one of:
  *   1      nothing is noted for the name
  *   -1     an argument is null

@@ -66,7 +66,7 @@ SIT_API void addPHMVERToList(PHMVER **list, PHMVER *record) SIT_NOEXCEPT;
 
 /* Discovers the installations into pphm, with the two functions below. Returns the messages of that
  * as a new text that the caller frees: empty when they could not be collected, null only when
- * memory runs out. Relies on a temporary file (GetTempFile). */
+ * memory runs out. Relies on a temporary file. */
 SIT_API char *GetPhmVers(void) SIT_NOEXCEPT;
 
 /* Finds the Pelloran installation, makes its record the head of `list` and writes the messages to

@@ -109,9 +109,9 @@ SIT_API int GetPelSecurityLog(const char *path, const char *version_key, int mod
 
 /* Copies the files of the monitoring installation that the version key names into a new folder in
  * `directory`, at least 256 bytes, which receives the path of that folder. The report at `path`
- * is appended to; null stands for a temporary file that stays.
+ * is appended to; null stands for a temporary file (mode 0600) that stays.
  * Returns 0, also when no installation matches (the report says so); -1 for a null directory or
- * key; 10001 when there is no temporary name; the codes of opening the report; the system error
+ * key; 10001 when there is no temporary file; the codes of opening the report; the system error
  * number when the folder cannot be made, ENAMETOOLONG when its path exceeds 255 characters. */
 SIT_API int GetDelvonFiles(const char *path, char *directory, const char *version_key) SIT_NOEXCEPT;
 
@@ -136,9 +136,9 @@ SIT_API int GetOBValidationInfo(const char *destination, const char *path, const
  * the admin server ("admsrv") into the directory `destination`. Unlike a version key, `version`
  * is the installation's whole version, patch part included. But for the admin server's, log files
  * are known once GetOBValidationInfo has run in this process. The report at `path` is appended to
- * and says what could not be copied; null stands for a temporary file that stays.
+ * and says what could not be copied; null stands for a temporary file (mode 0600) that stays.
  * Returns what Copy_Log_Files returns; -1 when an argument other than the path is null; 10001 when
- * there is no temporary name; what opening the report returns. */
+ * there is no temporary file; what opening the report returns. */
 SIT_API int OBCopyFiles(const char *path, const char *name, const char *version,
                         const char *destination) SIT_NOEXCEPT;
 

@@ -66,21 +66,25 @@ bool make_database_directory(std::string_view destination, const char* name,
   return false;
 }
 
+// Where one would look for the files of a version; null when it is not installed.
+const char* home_of(const char* version) noexcept {
+  const PHMVER* record = sit::find_plain_installation(version);
+  return record == nullptr ? nullptr : record->dir;
+}
+
 int copy_admin_server_logs(const char* version, const char* destination) noexcept {
   if (FindAdminServer(version) == 0) return SIT_NO_ADMIN_SERVER;
   const sit::WorkDirectory directory{GetAdmSrvWrkDir(version)};
   if (directory == nullptr) return SIT_NO_ADMIN_DIRECTORY;
-  const PHMVER* record = sit::find_plain_installation(version);
-  if (record != nullptr && directory.get() != std::getenv("WRKDIR")) {
-    sit::log_if_outside(directory.get(), record->dir);
+  if (directory.get() != std::getenv("WRKDIR")) {
+    sit::log_if_outside(directory.get(), home_of(version));
   }
   return CopyAdmSrvLogs(version, directory.get(), destination);
 }
 
 int copy_noted_logs(std::string_view name, const char* version, std::string_view destination,
                     bool only_databases) noexcept {
-  const PHMVER* record = sit::find_plain_installation(version);
-  const char* home = record == nullptr ? nullptr : record->dir;
+  const char* home = home_of(version);
   bool has_copied = false;
   bool has_skipped = false;
   for (const LogEntry& entry : sit::noted_logs()) {

@@ -105,12 +105,9 @@ int wait_for_child(pid_t child) noexcept {
     return SIT_FAILED;
   }
   if (polled < 0) {
-    if (errno == ECHILD) {
-      log_once(
-          loss_said_in,
-          "WARNING: The host took the results of the commands (SIGCHLD), which therefore count "
-          "as failed.\n");
-    }
+    log_once(loss_said_in,
+             "WARNING: The host took the results of the commands (SIGCHLD), which therefore count "
+             "as failed.\n");
     LogMsgV("execcmd: waitpid returned -1, error\n");
     return SIT_FAILED;
   }

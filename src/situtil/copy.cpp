@@ -63,7 +63,7 @@ int copy_bytes(sit::Input source, int destination, bool trimmed) noexcept {
 }
 
 // A source that goes on growing, as a log may, is read no further than to its size at the opening.
-int copy_end(sit::Input whole, int source, int destination, off_t size, bool trim) noexcept {
+int copy_end(const sit::Input& whole, int source, int destination, off_t size, bool trim) noexcept {
   if (!trim || size <= kTrimmedSize) return copy_bytes(whole, destination, false);
   if (::lseek(source, size - kTrimmedSize, SEEK_SET) < 0 ||
       !sit::write_all(destination, "PELINVENTORY:  File trimmed to 1 MB...\n\n")) {
