@@ -439,6 +439,14 @@ TEST_F(Shell, Copies) {
                   " to both: the shell or cp would not take these names as they stand.\n");
     EXPECT_FALSE(std::filesystem::exists("x")) << name;
   }
+  for (const char* target : {"/proc/self/pagemap", "/dev/zero", "../fifo"}) {
+    std::filesystem::remove("both/endless");
+    std::filesystem::create_symlink(target, "both/endless");
+    ::mkfifo("fifo", 0600);
+    write_file(path("a both/endless"), "");
+    EXPECT_EQ(written_by([] { MyCopy("a both/endless", "both"); }),
+              "\nERROR: Not copying a both/endless to both: it is no file of a known size.\n");
+  }
   write_file(path("x~1=\xc3\xbc"), "odd");
   EXPECT_EQ(written_by([] { MyCopy("x~1=\xc3\xbc", "both/odd"); }), "\nCopying x~1=\xc3\xbc...\n");
   EXPECT_EQ(read_file("both/odd"), "odd");

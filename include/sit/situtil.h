@@ -1,5 +1,5 @@
-/* Running commands under a time limit, and the file helpers around them. What they ask of the host's
- * signals, descriptors and threads: docs/host.md. */
+/* Running commands under a time limit, and the file helpers around them. What they ask of the
+ * host's signals, descriptors and threads: docs/host.md. */
 #ifndef SIT_SITUTIL_H
 #define SIT_SITUTIL_H
 
@@ -63,8 +63,9 @@ SIT_API int ListFiles(const char *directory, int recursive) SIT_NOEXCEPT;
 
 /* Copies `source` to `destination` with the command "cp" and writes that, what the command prints,
  * or that the source does not exist into the open report. Blanks in either name part words, each a
- * name to cp. A name with any other character that means something to the shell, or a word that
- * begins with "-", is not copied, and the report says so. The command holds at most 511 characters;
+ * name to cp. A name with any other character that means something to the shell, a word that begins
+ * with "-", a device, a FIFO and a file without a size, as under /proc, are not copied, and the
+ * report says so. The command holds at most 511 characters;
  * a longer one is not run, and the report says so. */
 SIT_API void MyCopy(const char *source, const char *destination) SIT_NOEXCEPT;
 

@@ -54,6 +54,11 @@ std::size_t Input::read(char* bytes, std::size_t count) noexcept {
   return got;
 }
 
+bool Input::tells_size() noexcept {
+  std::array<char, 512> some;
+  return !is_sizeless_ || fetch(some.data(), some.size()) == 0;
+}
+
 void Input::look_for_more() noexcept {
   const int error = errno;
   std::array<char, 512> more;  // some files give no single bytes

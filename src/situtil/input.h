@@ -25,6 +25,9 @@ class Input {
   // or when the file cannot be read.
   [[nodiscard]] std::size_t read(char* bytes, std::size_t count) noexcept;
 
+  // Whether the file tells its size; an empty one does.
+  [[nodiscard]] bool tells_size() noexcept;
+
   // Lets the kernel copy what it can without the bytes coming by here. The rest is left to read.
   void send_to(int destination) noexcept;
 

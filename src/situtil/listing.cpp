@@ -1,18 +1,42 @@
 // Listings and copies through the shell's own tools.
 #include "situtil/listing.h"
 
+#include <sys/stat.h>
+
 #include <cerrno>
 
 #include "commfile.h"
 #include "commutils/bounded_text.h"
 #include "commutils/views.h"
+#include "files.h"
+#include "handles.h"
 #include "sit/situtil.h"
+#include "situtil/input.h"
 #include "situtil/shell.h"
 
 namespace {
 
 constexpr std::size_t kListingLength = 255;
 using Command = sit::BoundedText<512>;
+
+// Whether a copy of the file comes to an end: it is no device and no FIFO, nor goes on without a
+// size as those under /proc do.
+bool has_end(std::string_view name) noexcept {
+  Command path;
+  static_cast<void>(path.append(name));
+  const sit::UniqueFd file = sit::open_for_reading(path.c_str());
+  if (!file.is_open()) return errno != EINVAL;
+  struct stat status {};
+  return ::fstat(file.get(), &status) == 0 && !S_ISFIFO(status.st_mode) &&
+         sit::Input{file.get()}.tells_size();
+}
+
+bool all_have_end(std::string_view names) noexcept {
+  for (std::string_view name = sit::take_word(names); !name.empty(); name = sit::take_word(names)) {
+    if (!has_end(name)) return false;
+  }
+  return true;
+}
 
 }  // namespace
 
@@ -57,6 +81,10 @@ void MyCopy(const char* source, const char* destination) noexcept {
         "\nERROR: Not copying %s to %s: the shell or cp would not take these names as they "
         "stand.\n",
         source, destination);
+    return;
+  }
+  if (!all_have_end(from)) {
+    LogMsg("\nERROR: Not copying %s to %s: it is no file of a known size.\n", source, destination);
     return;
   }
   LogMsg("\nCopying %s...\n", source);

@@ -38,23 +38,28 @@ using CommandLine = BoundedText<3072>;
   return is_plain ? command.append(text) : append_quoted(command, text);
 }
 
+// Takes the first word off `text`, of those that blanks part; empty when there is none left.
+[[nodiscard]] inline std::string_view take_word(std::string_view& text) noexcept {
+  constexpr std::string_view kBlanks = " \t";
+  text = tail(text, text.find_first_not_of(kBlanks));
+  const std::string_view word = head(text, text.find_first_of(kBlanks));
+  text = tail(text, word.size());
+  return word;
+}
+
 // Appends `text` unquoted: its blanks part words. False when it does not fit, or when the shell
 // would find more in it than words, or `cp` an option.
 [[nodiscard]] inline bool append_words(CommandLine& command, std::string_view text) noexcept {
-  constexpr std::string_view kBlanks = " \t";
   constexpr std::string_view kMeaningful = "\n\"'\\$`|&;<>()*?[]{}";
   constexpr std::string_view kMeaningfulFirst = "-~#";
   if (text.find_first_of(kMeaningful) != std::string_view::npos) return false;
-  for (;;) {
-    text = tail(text, text.find_first_not_of(kBlanks));
-    const std::string_view word = head(text, text.find_first_of(kBlanks));
-    if (word.empty()) return true;
+  for (std::string_view word = take_word(text); !word.empty(); word = take_word(text)) {
     if (kMeaningfulFirst.find(word.front()) != std::string_view::npos || !command.append(" ") ||
         !append_word(command, word)) {
       return false;
     }
-    text = tail(text, word.size());
   }
+  return true;
 }
 
 }  // namespace sit
