@@ -1,0 +1,235 @@
+// Running commands: their outcomes, and what they and their host see of each other.
+#include <fcntl.h>
+#include <linux/filter.h>
+#include <linux/seccomp.h>
+#include <sched.h>
+#include <sys/prctl.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <array>
+#include <chrono>
+#include <csignal>
+#include <cstddef>
+#include <filesystem>
+#include <regex>
+
+#include "support/sit_test.h"
+
+namespace {
+
+using test::read_file;
+using test::repeat;
+
+class Command : public test::SitTest {
+ protected:
+  int execute(const std::string& command) {
+    std::filesystem::remove(path("out"));
+    const auto start = std::chrono::steady_clock::now();
+    const int result = execcmd(command.c_str(), path("out").c_str());
+    seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+    return result;
+  }
+  [[nodiscard]] std::string output() const { return read_file(path("out")); }
+
+  double seconds_ = 0;
+};
+
+TEST_F(Command, ResultForEachEnd) {
+  const std::pair<const char*, int> ends[] = {{"true", 0},
+                                              {"exit 1", -1},
+                                              {"exit 2", 512},
+                                              {"exit 254", 65024},
+                                              {"exit 255", 65280},
+                                              {"kill -9 $$", 9},
+                                              {"kill -TERM $$", 15},
+                                              {"ulimit -c 0; kill -SEGV $$", 11},
+                                              {"/nosuch/tool", 127 * 256},
+                                              {"-x || exit 3", 768},
+                                              {"+x || exit 3", 768}};
+  for (const auto& [command, result] : ends) {
+    EXPECT_EQ(execute(command), result) << command;
+    EXPECT_LT(seconds_, 0.9) << command << " costs more than it takes";
+  }
+  EXPECT_EQ(execcmd("true", path("missing/out").c_str()), 65280);
+  ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+  EXPECT_EQ(execcmd("true", path("fifo").c_str()), 65280) << "nobody reads it";
+  EXPECT_EQ(execcmd(nullptr, path("out").c_str()), SIT_FAILED);
+}
+
+TEST_F(Command, SeesNothingOfTheHost) {
+  // A command that read the host's terminal would wait for ever; this pipe stands for one.
+  std::array<int, 2> terminal{};
+  ASSERT_EQ(::pipe2(terminal.data(), O_CLOEXEC), 0);
+  const int own_input = ::fcntl(STDIN_FILENO, F_DUPFD_CLOEXEC, 100);
+  ASSERT_EQ(::dup2(terminal[0], STDIN_FILENO), STDIN_FILENO);
+  std::signal(SIGPIPE, SIG_IGN);
+  sigset_t all;
+  sigfillset(&all);
+  ASSERT_EQ(::sigprocmask(SIG_BLOCK, &all, nullptr), 0);
+  const int leaky = ::open("/dev/null", O_RDONLY);
+  const int high = ::fcntl(leaky, F_DUPFD, 200);
+  ASSERT_EQ(LogOpen(path("report").c_str(), SIT_CREATE), 0);
+  EXPECT_EQ(execute("exec ls -l /proc/self/fd"), 0);
+  const std::string descriptors = output();
+  EXPECT_EQ(execute("cat; exec grep -E 'SigBlk|SigIgn' /proc/self/status"), 0);
+  LogClose(0);
+  ::close(leaky);
+  ::close(high);
+  ::dup2(own_input, STDIN_FILENO);
+  for (const int fd : {terminal[0], terminal[1], own_input}) ::close(fd);
+  static const std::regex line("([0-9]+) -> (.*)\n");
+  std::string seen;
+  for (std::sregex_iterator it(descriptors.begin(), descriptors.end(), line), end; it != end;
+       ++it) {
+    seen += it->str(1) + (it->str(1) == "3" ? "" : " " + it->str(2)) + "\n";
+  }
+  EXPECT_EQ(seen, "0 /dev/null\n1 " + path("out") + "\n2 " + path("out") + "\n3\n")
+      << "3 is the folder that ls itself reads";
+  EXPECT_EQ(output(), "SigBlk:\t0000000000000000\nSigIgn:\t0000000000000000\n");
+}
+
+TEST_F(Command, HostWithoutStandardDescriptors) {
+  const pid_t host = ::fork();
+  if (host == 0) {
+    for (int fd = 0; fd < 3; ++fd) ::close(fd);
+    ::_exit(execcmd("echo out; echo err >&2", path("out").c_str()) == 0 ? 0 : 1);
+  }
+  int status = -1;
+  ::waitpid(host, &status, 0);
+  EXPECT_EQ(status, 0);
+  EXPECT_EQ(output(), "out\nerr\n");
+}
+
+TEST_F(Command, VerboseLines) {
+  SetVerboseMode(1);
+  const std::string running = "VERBOSE: pid P, ret 0, status 0\n";
+  const std::string text = test::without_pids(written_by([this] {
+    execute("sleep 0.2; exit 3");
+    execcmd("true", path("missing/out").c_str());
+  }));
+  const auto line = [&](const std::string& status) {
+    return "VERBOSE: pid P, ret P, status " + status +
+           "\nVERBOSE: execcmd: process completed, status is " + status + " (FAIL_STATUS is 256\n";
+  };
+  const std::string refused =
+      "VERBOSE: execcmd: Cannot open output file " + path("missing/out") + " for fork\n";
+  const std::string start = "VERBOSE: \n**Verbose Mode **\n" + running + line("768");
+  // The parent's first look may come before, after or between what the child does.
+  const std::string end = line("65280");
+  EXPECT_TRUE(text == start + running + refused + end || text == start + refused + running + end ||
+              text == start + refused + end)
+      << text;
+}
+
+TEST_F(Command, HostThatReapsEveryChild) {
+  for (const auto handler : {SIG_IGN, sighandler_t([](int) {
+                               while (::waitpid(-1, nullptr, WNOHANG) > 0) continue;
+                             })}) {
+    std::signal(SIGCHLD, handler);
+    EXPECT_EQ(written_by([this] {
+                EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
+                EXPECT_EQ(execute("true"), SIT_FAILED);
+              }),
+              "WARNING: The host took the results of the commands (SIGCHLD), which therefore count "
+              "as failed.\n");
+    EXPECT_LT(seconds_, 0.9);
+    EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), handler);
+  }
+}
+
+// Somebody keeps sending a signal to the whole process group, which the host handles.
+TEST_F(Command, NoHandlerOfTheHostRunsInAChild) {
+  static pid_t host;
+  static volatile sig_atomic_t elsewhere;
+  host = ::getpid();
+  elsewhere = 0;
+  ASSERT_EQ(::setpgid(0, 0), 0);
+  std::signal(SIGUSR1, [](int) {
+    if (::getpid() == host) return;
+    elsewhere = 1;
+    ::_exit(77);
+  });
+  const pid_t sender = ::fork();
+  if (sender == 0) {
+    std::signal(SIGUSR1, SIG_IGN);
+    while (::getppid() == host) ::kill(-host, SIGUSR1);
+    ::_exit(0);
+  }
+  for (int i = 0; i < 300; ++i) {
+    EXPECT_NE(execute("exit 2"), 77 * 256);
+  }
+  ::kill(sender, SIGKILL);
+  ::waitpid(sender, nullptr, 0);
+  EXPECT_EQ(elsewhere, 0);
+}
+
+// Calls the host's timer a hundred times a second.
+void interrupt_often() {
+  std::signal(SIGALRM, [](int) {});
+  const itimerval often{{0, 10000}, {0, 10000}};
+  ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
+}
+
+TEST_F(Command, HungCommandIsAbandonedAfterSixtySeconds) {
+  interrupt_often();
+  SetVerboseMode(1);
+  const std::string text =
+      written_by([this] { EXPECT_EQ(execute("echo begun; exec sleep 300"), -1); });
+  EXPECT_GE(seconds_, 60.0);
+  EXPECT_LT(seconds_, 61.0);
+  EXPECT_EQ(test::without_pids(text),
+            "VERBOSE: \n**Verbose Mode **\n" + repeat("VERBOSE: pid P, ret 0, status 0\n", 60) +
+                "VERBOSE: execcmd: timeout of 60 seconds exceeded, suspect process P is hung\n");
+  EXPECT_EQ(output(), "begun\n");
+  const pid_t child = std::stoi(text.substr(text.find("pid ") + 4));
+  EXPECT_EQ(::waitpid(child, nullptr, WNOHANG), 0) << "the command must go on";
+  ::kill(child, SIGKILL);
+  EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+}
+
+TEST_F(Command, StoppedHostDoesNotTakeItsCommandForHung) {
+  const pid_t host = ::fork();
+  if (host == 0) ::_exit(execute("sleep 63; exit 3") == 3 * 256 ? 0 : 1);
+  ::usleep(500000);
+  ::kill(host, SIGSTOP);
+  ::usleep(61000000);
+  ::kill(host, SIGCONT);
+  int status = -1;
+  ::waitpid(host, &status, 0);
+  EXPECT_EQ(status, 0);
+}
+
+// Nor one that lets a child borrow its parent's memory, or closes many descriptors at once.
+TEST_F(Command, KernelWithoutPidfd) {
+  constexpr unsigned kRefused = SECCOMP_RET_ERRNO | ENOSYS;
+  sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
+                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 4, 0),
+                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 3, 0),
+                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 3),
+                          BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
+                          BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, CLONE_VFORK, 0, 1),
+                          BPF_STMT(BPF_RET | BPF_K, kRefused),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
+  const sock_fprog program{std::size(refuse), refuse};
+  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+  interrupt_often();
+  const int leaky = ::open("/dev/null", O_RDONLY);
+  EXPECT_EQ(execute("sleep 1.2; test -e /proc/$$/fd/" + std::to_string(leaky) + " || exit 7"),
+            7 * 256);
+  ::close(leaky);
+  EXPECT_LT(seconds_, 1.4);
+  EXPECT_EQ(execute("true"), 0);
+  EXPECT_LT(seconds_, 0.1);
+}
+
+TEST_F(Command, HundredsOfChildren) {
+  for (int i = 0; i < 300; ++i)
+    ASSERT_EQ(execute("exit " + std::to_string(i % 7 + 2)), (i % 7 + 2) * 256);
+}
+
+}  // namespace
