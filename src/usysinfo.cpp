@@ -57,7 +57,7 @@ bool begin_output(const sit::TempFile& output, const char* failure) noexcept {
 }
 
 // Runs the command and copies its output if it succeeds.
-bool write_if_successful(const char* command, const sit::TempFile& output) noexcept {
+bool write_if_successful(const char* command, sit::TempFile& output) noexcept {
   LogMsgV("Executing %s ...\n", command);
   if (sit::run_into(command, output).result != 0) return false;
   LogMsg("Command: %s\n\n", command);
@@ -72,7 +72,7 @@ enum class Tried { kSuccess, kAllFailed, kNoFile };
 Tried try_commands(const char** list, int limit) noexcept {
   int tried = 0;
   do {
-    const sit::TempFile output;
+    sit::TempFile output;
     if (!begin_output(output, "execcmdlist: Failed to create temp file, exiting\n")) {
       return Tried::kNoFile;
     }
@@ -117,7 +117,7 @@ void execcmdlist(const char* title, const char* list[], int limit) noexcept {
 void execonecmd(const char* title, const char* command) noexcept {
   LogTitle(title);
   LogMsg("Command: %s\n\n", command);
-  const sit::TempFile output;
+  sit::TempFile output;
   if (!begin_output(output, "execonecmd: Failed to create temp file, exiting\n")) return;
   LogMsgV("Temp Log file is %s\n", output.name());
   LogMsgV("Executing %s ...\n", command);

@@ -148,7 +148,7 @@ int ValidateOBInstance(const char* version, const char* tool, const char* broker
     return SIT_NOT_FOUND;
   }
   LogMsgV("Ready to execute %s\n", command.c_str());
-  const sit::TempFile output;
+  sit::TempFile output;
   if (!output.is_made()) return SIT_NOT_FOUND;
   LogMsgV("\nExecuting:\n%s\n\n", command.c_str());
   if (!sit::run_into(command.c_str(), output).has_started) return SIT_NOT_FOUND;

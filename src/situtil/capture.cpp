@@ -9,9 +9,9 @@
 #include "sit/situtil.h"
 #include "situtil/child.h"
 
-sit::Outcome sit::run_into(const char* command, const TempFile& output) noexcept {
+sit::Outcome sit::run_into(const char* command, TempFile& output) noexcept {
   const Outcome outcome = run({.command = command, .output = nullptr, .output_fd = output.fd()});
-  if (const int error = output.growth_error(); error != 0) {
+  if (const int error = output.seal(); error != 0) {
     LogMsg("ERROR: Output of %s may be lost: its temporary file cannot grow, errno = %d\n", command,
            error);
   }
@@ -36,7 +36,7 @@ void LogCmdOutput(const char* command, const char* output) noexcept {
     static_cast<void>(execcmd(command, output));
     return;
   }
-  const sit::TempFile captured;
+  sit::TempFile captured;
   if (!captured.is_made()) {
     LogMsg("LogCmdOutput: failed to create temp file\n");
     return;

@@ -7,8 +7,8 @@
 
 namespace sit {
 
-// Runs the command into the file and says in the report when its output may be lost.
-Outcome run_into(const char* command, const TempFile& output) noexcept;
+// Runs the command into the file, seals that and says in the report when output may be lost.
+Outcome run_into(const char* command, TempFile& output) noexcept;
 
 // A copy need not look at lines: it goes by whole blocks, each flushed. Returns 0, or the error
 // that kept it from reading on.

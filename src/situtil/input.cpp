@@ -35,7 +35,8 @@ Input::Input(int fd, const char* name) noexcept : fd_(fd), left_(told_size(fd)),
   if (is_sizeless_) left_ = kMostOfSizeless;
 }
 
-Input::Input(const TempFile& file) noexcept : fd_(file.fd()), left_(told_size(fd_)), offset_(0) {}
+Input::Input(const TempFile& file) noexcept
+    : fd_(file.fd()), left_(static_cast<std::size_t>(file.size())), offset_(0) {}
 
 std::size_t Input::fetch(char* bytes, std::size_t count) noexcept {
   if (offset_ < 0) return read_some(fd_, bytes, count);

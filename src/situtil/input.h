@@ -18,7 +18,7 @@ class Input {
   explicit Input(int fd, const char* name = nullptr) noexcept;
   // At most `most` bytes.
   Input(int fd, std::size_t most) noexcept : fd_(fd), left_(most) {}
-  // All that a temporary file holds, wherever the command that writes to it may be.
+  // All that a temporary file held when it was sealed, wherever the command that writes to it is.
   explicit Input(const TempFile& file) noexcept;
 
   // Reads at most `count` bytes. Returns the number read; 0 at the end, errno then being as it was,

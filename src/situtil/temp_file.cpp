@@ -31,17 +31,25 @@ sit::UniqueFd make_file(std::string_view directory, sit::HeapText& name) noexcep
   return file;
 }
 
-// Reserves room from the offset on. Returns 0, or the file system's error.
-int reserve(int fd, off_t offset, off_t bytes) noexcept {
+// Writes a byte, which takes room there. Returns 0, or the file system's error.
+int write_byte(int fd, off_t offset) noexcept {
   const sit::QuietWriting quiet{sit::may_raise_signals(fd)};
-  int result = 0;
-  do {
-    result = ::fallocate(fd, FALLOC_FL_KEEP_SIZE, offset, bytes);
-  } while (result != 0 && errno == EINTR);
-  if (result == 0) return 0;
-  if (errno != EOPNOTSUPP && errno != ENOSYS) return errno;
-  // A file system that reserves nothing: its last byte shows it.
-  return ::pwrite(fd, "", 1, offset + bytes - 1) == 1 ? 0 : errno;
+  for (;;) {
+    if (::pwrite(fd, "", 1, offset) == 1) return 0;
+    if (errno != EINTR) return errno;
+  }
+}
+
+// Tried out with another file: emptying one again is costly.
+bool has_room(std::string_view directory) noexcept {
+  sit::HeapText name;
+  sit::UniqueFd file = make_file(directory, name);
+  if (!file.is_open()) return false;
+  const int error = write_byte(file.get(), kRoom - 1);
+  // Some file systems tell only here that they are full.
+  const bool is_written = ::close(file.release()) == 0 && error == 0;
+  ::unlink(name.get());
+  return is_written;
 }
 
 // A name under which a file could be made, and was removed again.
@@ -62,11 +70,9 @@ TempFile::TempFile() noexcept {
 }
 
 bool TempFile::make_in(std::string_view directory) noexcept {
+  if (!has_room(directory)) return false;
   file_ = make_file(directory, name_);
-  if (!file_.is_open()) return false;
-  if (reserve(file_.get(), 0, kRoom) == 0 && ::ftruncate(file_.get(), 0) == 0) return true;
-  remove();
-  return false;
+  return file_.is_open();
 }
 
 void TempFile::remove() noexcept {
@@ -75,12 +81,13 @@ void TempFile::remove() noexcept {
   file_.reset();
 }
 
-int TempFile::growth_error() const noexcept {
+int TempFile::seal() noexcept {
   struct stat status {};
   if (::fstat(file_.get(), &status) != 0) return errno;
-  const int error = reserve(file_.get(), status.st_size, kRoom);
+  size_ = status.st_size;
+  const int error = write_byte(file_.get(), size_ + kRoom - 1);
   // Below a limit there may be room for less.
-  return error == EFBIG ? reserve(file_.get(), status.st_size, 1) : error;
+  return error == EFBIG ? write_byte(file_.get(), size_) : error;
 }
 
 }  // namespace sit

@@ -1,6 +1,8 @@
 // Temporary files that do not outlive their owner.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string_view>
 #include <utility>
 
@@ -28,8 +30,10 @@ class TempFile {
   // The file stays.
   void keep() noexcept { name_.reset(); }
 
-  // Why the file cannot grow any further: 0, or the file system's error.
-  [[nodiscard]] int growth_error() const noexcept;
+  // What the file holds now is what will be read of it. Returns why it could not have held more: 0,
+  // or the file system's error.
+  [[nodiscard]] int seal() noexcept;
+  [[nodiscard]] off_t size() const noexcept { return size_; }
 
  private:
   [[nodiscard]] bool make_in(std::string_view directory) noexcept;
@@ -37,6 +41,7 @@ class TempFile {
 
   HeapText name_;
   UniqueFd file_;
+  off_t size_ = 0;
 };
 
 }  // namespace sit

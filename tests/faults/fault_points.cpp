@@ -93,8 +93,8 @@ ssize_t copy_file_range(int from, off64_t* from_offset, int to, off64_t* to_offs
   if (fails(kWrite, ENOSPC)) return -1;
   return REAL(copy_file_range)(from, from_offset, to, to_offset, count, flags);
 }
-int fallocate(int fd, int mode, off_t offset, off_t count) {
-  return fails(kWrite, ENOSPC) ? -1 : REAL(fallocate)(fd, mode, offset, count);
+ssize_t pwrite(int fd, const void* bytes, size_t count, off_t offset) {
+  return fails(kWrite, ENOSPC) ? -1 : REAL(pwrite)(fd, bytes, count, offset);
 }
 
 // The name service of glibc brings the process down when it runs out of memory. That is not the
