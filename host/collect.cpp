@@ -96,7 +96,7 @@ class Collecting {
                 folder_name(options, started_)),
         supervisor_(options.settings, signals_, folder_, options.limits, progress_),
         environments_(environments_of(options)),
-        machine_{.environment = environments_[0], .is_independent = true} {}
+        versions_{.environment = environments_[0], .is_independent = true} {}
 
   int run() {
     try {
@@ -106,7 +106,7 @@ class Collecting {
         folder_.remove_all();
         return status;
       }
-      supervisor_.run_all_but("");
+      supervisor_.run({});
     } catch (const Failure&) {  // there is nothing to bring home
       supervisor_.finish();
       folder_.remove_all();
@@ -122,21 +122,27 @@ class Collecting {
   // Finds the installations and lays out what there is to do.
   void prepare() {
     if (!options_.lists_steps) reserve();
-    const Step glance = glance_step();
     if (options_.selection.needs_installations()) discover();
+    const Step glance = glance_step();
     if (options_.selection.wants(glance) && !options_.lists_steps) {
       supervisor_.add({.environment = {}, .steps = {glance}});
     }
-    supervisor_.run_all_but(glance.id);
+    // While the installations are looked for, the machine itself can be told of.
+    subjects_.push_back(machine_subject(environments_[0]));
+    select(subjects_, options_.selection);
+    if (!options_.lists_steps) supervisor_.add(subjects_[0]);
+    if (!sought_.empty()) supervisor_.run(sought_);
     take_installations();
-    subjects_ = subjects_of(machine_, installations_, options_.wishes);
+    for (Subject& subject : other_subjects(versions_, installations_, options_.wishes)) {
+      subjects_.push_back(std::move(subject));
+    }
     if (is_discovered_) {
       check(options_.selection, subjects_);
       check_chosen(options_.selection, subjects_, installations_);
     }
     select(subjects_, options_.selection);
     if (options_.lists_steps) return;
-    for (const Subject& subject : subjects_) supervisor_.add(subject);
+    for (std::size_t i = 1; i < subjects_.size(); ++i) supervisor_.add(subjects_[i]);
   }
 
   // Summary and manifest are to be had even when the reports fill the disk.
@@ -169,8 +175,8 @@ class Collecting {
       // Where an installation is amiss, one must not be blamed for naming what it would have.
       is_discovered_ = is_discovered_ && found && found->missing.empty();
       if (!found) continue;
-      if (machine_.is_independent && !found->installations.empty()) {
-        machine_ = {.environment = environments_[i], .is_independent = false};
+      if (versions_.is_independent && !found->installations.empty()) {
+        versions_ = {.environment = environments_[i], .is_independent = false};
       }
       for (Installation installation : found->installations) {
         installation.environment = environments_[i];
@@ -265,7 +271,7 @@ class Collecting {
   Supervisor supervisor_;
   std::vector<Environment> environments_;
   std::vector<Installation> installations_;
-  Machine machine_;
+  Subject versions_;
   std::vector<std::string> sought_;  // ids of the discoveries
   bool is_discovered_ = true;
   std::vector<Subject> subjects_;

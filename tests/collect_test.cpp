@@ -153,7 +153,7 @@ TEST_F(Collect, StepsAreChosenByTheirIds) {
       {"--only 10.1B/files --skip glance", "discovery 10.1B/files"},
       {"--only 10.1B --skip security --skip validation",
        "discovery 10.1B/configuration 10.1B/files"},
-      {"--skip 10.1B --skip system", "discovery glance versions environment"}};
+      {"--skip 10.1B --skip system", "discovery glance environment versions"}};
   for (const auto& [options, expected] : chosen) {
     const Collected made = collect(pel + options);
     std::string done;

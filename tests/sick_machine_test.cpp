@@ -170,7 +170,7 @@ TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
                            "' --capture 'echo never'";
   const Collected hung = collect(installation() + "--time-limit 1", "export SICKNESS=hang");
   EXPECT_EQ(hung.outcome("discovery"), "timed out");
-  EXPECT_EQ(hung.outcome("environment"), "skipped") << "what was not known of yet is in it, too";
+  EXPECT_EQ(hung.outcome("versions"), "skipped") << "what was not known of yet is in it, too";
   fs::remove_all(path("out"));
   struct Case {
     std::string options;

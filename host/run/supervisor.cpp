@@ -57,11 +57,14 @@ void Supervisor::add(const Subject& subject) {
   if (!given_up_.empty()) skip_rest(run);
 }
 
-void Supervisor::run_all_but(const std::string& id) {
-  const auto is_awaited = [&id](const Run& run) {
-    return !run.is_done() && run.rows.front()->step.id != id;
+void Supervisor::run(const std::vector<std::string>& awaited) {
+  const auto is_awaited = [&awaited](const Run& run) {
+    if (run.is_done()) return false;
+    const std::string& id = run.rows.front()->step.id;
+    return awaited.empty() || std::find(awaited.begin(), awaited.end(), id) != awaited.end();
   };
-  while (std::any_of(runs_.begin(), runs_.end(), is_awaited) || !reading_.empty()) {
+  const auto is_reading = [&] { return awaited.empty() && !reading_.empty(); };
+  while (std::any_of(runs_.begin(), runs_.end(), is_awaited) || is_reading()) {
     if (given_up_.empty()) start_workers();
     turn();
     if (!failure_.empty()) throw Failure(failure_);

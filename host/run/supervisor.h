@@ -38,9 +38,9 @@ class Supervisor {
   // What is added gets its turn when what was added before has.
   void add(const Subject& subject);
 
-  // Runs until all of it is finished or given up, but for the row of this id, which may go on.
-  // Throws Failure when a worker can do nothing at all.
-  void run_all_but(const std::string& id);
+  // Runs until the subjects that begin with rows of these ids are finished or given up, and until
+  // all are where no id is given. Throws Failure when a worker can do nothing at all.
+  void run(const std::vector<std::string>& awaited);
 
   // Ends the work where it is. What has been added since is not begun.
   void give_up(const std::string& why, RowOutcome outcome);

@@ -94,6 +94,12 @@ class WishedSteps {
   std::map<On, int> numbers_;
 };
 
+void add_steps(Subject& subject, On on) {
+  for (const StepKind& kind : step_kinds()) {
+    if (kind.on == on) subject.steps.push_back(make_step(kind, kind.id, {}));
+  }
+}
+
 std::string absolute(const std::string& path) {
   return path.empty() ? path : std::filesystem::absolute(path).lexically_normal().string();
 }
@@ -108,17 +114,20 @@ Step discovery_step(std::size_t number, const std::string& place) {
 
 Step glance_step() { return make_step(step_kinds().at(1), step_kinds().at(1).id, {}); }
 
-std::vector<Subject> subjects_of(const Machine& machine,
-                                 const std::vector<Installation>& installations,
-                                 const Wishes& wishes) {
-  const Environment& environment = machine.environment;
+Subject machine_subject(const Environment& environment) {
+  Subject machine{.environment = environment, .is_independent = true};
+  add_steps(machine, On::kMachine);
+  return machine;
+}
+
+std::vector<Subject> other_subjects(Subject versions,
+                                    const std::vector<Installation>& installations,
+                                    const Wishes& wishes) {
+  const Environment environment = versions.environment;
   Names folders(
       {".tmp", "summary.txt", "manifest.json", "versions.txt", "system.txt", "environment.txt"});
-  std::vector<Subject> subjects{
-      {.environment = environment, .is_independent = machine.is_independent}};
-  for (const StepKind& kind : step_kinds()) {
-    if (kind.on == On::kMachine) subjects[0].steps.push_back(make_step(kind, kind.id, {}));
-  }
+  add_steps(versions, On::kVersions);
+  std::vector<Subject> subjects{std::move(versions)};
   for (const Installation& installation : installations) {
     subjects.push_back(installation_subject(installation, folders.take(folder_of(installation)),
                                             installation.environment != environment,
@@ -164,6 +173,7 @@ std::string why_absent(const StepKind& kind, const std::vector<Installation>& in
       return "only for a second --installation";
     case On::kDiscovery:
     case On::kMachine:
+    case On::kVersions:
     case On::kInstallation:
     case On::kProduct:
       break;

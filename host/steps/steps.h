@@ -24,6 +24,7 @@ struct Wishes {
 enum class On {
   kDiscovery,
   kMachine,
+  kVersions,           // of the machine and of the first installation
   kOtherInstallation,  // than the one that the machine's own versions tell of
   kInstallation,
   kProduct,
@@ -77,16 +78,13 @@ struct Subject {
 [[nodiscard]] Step discovery_step(std::size_t number, const std::string& place);
 [[nodiscard]] Step glance_step();
 
-// The subject of the machine's own reports, which also tell of the versions found there.
-struct Machine {
-  Environment environment;
-  bool is_independent = false;  // of any installation
-};
+// What needs no installation to be known.
+[[nodiscard]] Subject machine_subject(const Environment& environment);
 
-// Everything behind the discovery.
-[[nodiscard]] std::vector<Subject> subjects_of(const Machine& machine,
-                                               const std::vector<Installation>& installations,
-                                               const Wishes& wishes);
+// The rest. `versions` is the subject of the versions, with its environment.
+[[nodiscard]] std::vector<Subject> other_subjects(Subject versions,
+                                                  const std::vector<Installation>& installations,
+                                                  const Wishes& wishes);
 
 // Why there is no step of this kind.
 [[nodiscard]] std::string why_absent(const StepKind& kind,
