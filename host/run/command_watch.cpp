@@ -23,27 +23,22 @@ std::vector<EndedCommand> CommandWatch::look(std::vector<Process> processes,
                                              const std::map<pid_t, std::string>& rows) {
   if (!strangers_.empty()) forget_strangers(processes);
   sort_in(processes, rows);
+  std::erase_if(commands_, [this](const auto& entry) {
+    const Command& command = entry.second;
+    if (command.members.empty() && command.asked) note_end(command);
+    return command.members.empty();
+  });
   std::vector<EndedCommand> begun;
-  for (auto at = commands_.begin(); at != commands_.end();) {
-    Command& command = at->second;
-    if (command.members.empty()) {
-      if (command.asked) note_end(command);
-      at = commands_.erase(at);
-      continue;
-    }
+  for (auto& [root, command] : commands_) {
     command.seconds = age_in_seconds(command.root);
+    const bool is_too_old = command.seconds > limit_of(command);
     if (command.asked) {
       insist(command);
-      ++at;
-      continue;
-    }
-    const bool is_too_old = command.seconds > limit_of(command);
-    if (is_too_old || command.is_unwanted || ending_all_) {
+    } else if (is_too_old || command.is_unwanted || ending_all_) {
       ask(command, is_too_old);
       begun.push_back({command.command_line, command.root.pid, command.seconds,
                        is_too_old && !command.is_left_over ? "past its limit" : "", command.row});
     }
-    ++at;
   }
   return begun;
 }

@@ -3,6 +3,7 @@
 #include <csignal>
 #include <ctime>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <sstream>
 
 #include "run/supervisor.h"
@@ -30,6 +31,30 @@ std::string exit_text(int status) {
   return text + (status > kSignals && status < kSignals + NSIG
                      ? ", that is " + signal_text(status - kSignals)
                      : "");
+}
+
+// What a line about an ended child says.
+struct ChildEnd {
+  pid_t pid = 0;
+  bool is_exit = false;
+  int status = 0;  // of its exit, or its signal
+  bool is_short = false;
+  std::uint64_t size = 0;
+  std::string name = {};
+};
+
+std::optional<ChildEnd> read_child_end(const std::string& text) {
+  std::istringstream fields(text);
+  ChildEnd child;
+  int code = 0;
+  int is_short = 0;
+  if (!(fields >> child.pid >> code >> child.status >> is_short >> child.size)) return {};
+  child.is_exit = code == CLD_EXITED;
+  child.is_short = is_short != 0;
+  std::getline(fields >> std::ws, child.name);
+  // The name of the shell that ran it tells nothing.
+  child.name = child.name.empty() || child.name == "sh" ? "a command" : printable(child.name);
+  return child;
 }
 
 Answer read_answer(const std::string& line) {
@@ -86,35 +111,26 @@ void Supervisor::take(Worker& worker, const std::string& line) {
 }
 
 void Supervisor::take_child_end(Row& row, const std::string& text) {
-  std::istringstream fields(text);
-  pid_t pid = 0;
-  int code = 0;
-  int status = 0;
-  int is_short = 0;
-  std::uint64_t size = 0;
-  std::string name;
-  if (!(fields >> pid >> code >> status >> is_short >> size)) return;
-  std::getline(fields >> std::ws, name);
-  const bool is_exit = code == CLD_EXITED;
-  const bool succeeded = is_exit && status == 0;
-  const std::string end = is_exit ? exit_text(status) : signal_text(status);
+  const std::optional<ChildEnd> child = read_child_end(text);
+  if (!child) return;
+  const bool succeeded = child->is_exit && child->status == 0;
+  const std::string end = child->is_exit ? exit_text(child->status) : signal_text(child->status);
   if (!row.exit_of_first) row.exit_of_first = end;
-  if (is_short != 0) {
-    note_short(row, size, succeeded ? Weight::kAlways : Weight::kUnlessReplaced);
+  if (child->is_short) {
+    note_short(row, child->size, succeeded ? Weight::kAlways : Weight::kUnlessReplaced);
   }
   // What the user has asked to be captured tells of its end itself.
   if (row.step.kind->report == nullptr || row.step.kind->report().is_output) return;
-  const bool goes_on = is_exit && !row.step.kind->report().fails_with_command;
-  const bool is_nothing = succeeded || goes_on || watch_.is_asked_to_end(pid);
-  report_of(row).note(
-      size,
-      is_nothing ? SectionOutcome::kOk
-      : is_exit  ? SectionOutcome::kIncomplete
-                 : SectionOutcome::kFailed,
-      (name.empty() || name == "sh" ? "a command" : printable(name)) + " ended with " + end,
-      is_nothing ? Weight::kNever
-      : is_exit  ? Weight::kUnlessTold
-                 : Weight::kUnlessReplaced);
+  Report& report = report_of(row);
+  const std::string what = child->name + " ended with " + end;
+  const bool goes_on = child->is_exit && !row.step.kind->report().fails_with_command;
+  if (succeeded || goes_on || watch_.is_asked_to_end(child->pid)) {
+    report.note(child->size, SectionOutcome::kOk, what, Weight::kNever);
+  } else if (child->is_exit) {
+    report.note(child->size, SectionOutcome::kIncomplete, what, Weight::kUnlessTold);
+  } else {
+    report.note(child->size, SectionOutcome::kFailed, what, Weight::kUnlessReplaced);
+  }
 }
 
 void Supervisor::take_result(Worker& worker, const json& result) {

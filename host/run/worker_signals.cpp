@@ -8,12 +8,12 @@
 #include <ucontext.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <charconv>
 #include <csignal>
 #include <cstdlib>
-#include <cstring>
 #include <string_view>
 
 #include "run/product_library.h"
@@ -75,10 +75,12 @@ std::uint64_t bytes_to_copy() {
 
 // Not taken yet, an ended child still has a name.
 void add_name(Line& line, pid_t pid) {
-  std::array<char, 32> path{};
-  std::memcpy(path.data(), "/proc/", 6);
-  char* const end = std::to_chars(path.data() + 6, path.data() + 24, pid).ptr;
-  std::memcpy(end, "/comm", 5);
+  std::array<char, 40> path{};
+  std::string_view const proc = "/proc/";
+  std::string_view const comm = "/comm";
+  char* at = std::copy(proc.begin(), proc.end(), path.data());
+  at = std::to_chars(at, path.data() + path.size() - comm.size() - 1, pid).ptr;
+  std::copy(comm.begin(), comm.end(), at);
   const int file = ::open(path.data(), O_RDONLY | O_CLOEXEC);
   std::array<char, 32> name{};
   const ssize_t size = file < 0 ? 0 : ::read(file, name.data(), name.size());
