@@ -158,7 +158,7 @@ void report_signals(const SignalReports& where) {
   const stack_t alternative{.ss_sp = stack.data(), .ss_flags = 0, .ss_size = stack.size()};
   ::sigaltstack(&alternative, nullptr);
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTRAP, SIGSYS}) {
-    handle(signal, crashed, SA_ONSTACK | SA_RESETHAND | SA_NODEFER);
+    handle(signal, crashed, SA_ONSTACK | static_cast<int>(SA_RESETHAND) | SA_NODEFER);
   }
 }
 
