@@ -50,6 +50,19 @@ class Bench {
         "the slower one alone", [&] { collect(only); }, 1.2, 3);
   }
 
+  void bundle_beside_script() const {
+    const std::string script = path("script");
+    std::ofstream(script) << bench::system_script(path("plain/system.txt")) << "set > "
+                          << path("plain/environment.txt") << "\njava -version > "
+                          << path("plain/versions.txt") << " 2>&1\ntar c -C " << folder_
+                          << " plain | xz -1 > " << path("plain.tar.xz") << "\n";
+    fs::create_directories(path("plain"));
+    bench::compare(
+        "an archive of this machine",
+        [&] { run(sit_ + " collect --output " + path("out") + " > /dev/null 2>&1"); },
+        "the same as a shell script into tar and xz -1", [&] { run("sh " + script); }, 1.3, 21);
+  }
+
   void hung_tool() const {
     make_tool(path("bin/ipcs"), "trap '' TERM; while :; do sleep 1; done");
     const double seconds = bench::seconds_of([&] {
@@ -86,7 +99,8 @@ class Bench {
   static void run(const std::string& command) { static_cast<void>(std::system(command.c_str())); }
 
   void collect(const std::string& options) const {
-    run(sit_ + " collect --output " + path("out") + " " + options + " > /dev/null 2>&1");
+    run(sit_ + " collect --format none --output " + path("out") + " " + options +
+        " > /dev/null 2>&1");
   }
 
   static void make_tool(const fs::path& file, const std::string& script) {
@@ -110,6 +124,7 @@ int main(int argc, char** argv) {
   if (argc != 2) return 2;
   const Bench bench(argv[1]);
   bench.machine_beside_script();
+  bench.bundle_beside_script();
   bench.two_slow_subjects();
   bench.hung_tool();
   bench.memory();

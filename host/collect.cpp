@@ -11,6 +11,7 @@
 #include <optional>
 #include <set>
 
+#include "bundle/archive.h"
 #include "result/collection.h"
 #include "result/manifest.h"
 #include "result/progress.h"
@@ -23,6 +24,9 @@
 
 namespace host {
 namespace {
+
+constexpr const char* kSummaryFile = "summary.txt";
+constexpr const char* kManifestFile = "manifest.json";
 
 std::string host_name() {
   std::array<char, 256> name{};
@@ -91,6 +95,7 @@ class Collecting {
  public:
   explicit Collecting(const CollectOptions& options)
       : options_(options),
+        format_(find_archive_format(options.format)),
         progress_(options.progress),
         folder_(options.lists_steps ? temporary_folder() : options.output,
                 folder_name(options, started_)),
@@ -155,8 +160,8 @@ class Collecting {
     if (room.is_short_for(0) || left < kLeast) {
       throw Failure("no space left on " + file_system_of(folder_.descriptor()));
     }
-    summary_.emplace(folder_, "summary.txt", std::min(kSummary, left / 8));
-    manifest_.emplace(folder_, "manifest.json", std::min(kManifest, left / 4));
+    summary_.emplace(folder_, kSummaryFile, std::min(kSummary, left / 8));
+    manifest_.emplace(folder_, kManifestFile, std::min(kManifest, left / 4));
   }
 
   void discover() {
@@ -209,32 +214,58 @@ class Collecting {
   }
 
   int finish() {
-    Collection collection{.tool_version = SIT_VERSION,
-                          .plugin_version = supervisor_.plugin_version(),
-                          .label = options_.label,
-                          .host = host_name(),
-                          .user = user_name(supervisor_.glance()),
-                          .is_root = ::geteuid() == 0,
-                          .options = options_.as_given,
-                          .started = started_,
-                          .seconds = std::chrono::duration<double>(Clock::now() - start_).count(),
-                          .given_up = supervisor_.given_up(),
-                          .note = note_on_limits(),
-                          .rows = supervisor_.rows(),
-                          .commands = supervisor_.ended(),
-                          .glance = supervisor_.glance()};
     if (!folder_.is_there()) throw Failure("somebody has removed " + folder_.path().string());
+    folder_.remove_temporary();
+    folder_.tidy_names();
+    Contents contents = settle(folder_, options_.caps);
+    if (format_ == nullptr) contents.others.clear();  // they are where they were
+    const Collection collection{
+        .tool_version = SIT_VERSION,
+        .plugin_version = supervisor_.plugin_version(),
+        .label = options_.label,
+        .host = host_name(),
+        .user = user_name(supervisor_.glance()),
+        .is_root = ::geteuid() == 0,
+        .options = options_.as_given,
+        .started = started_,
+        .seconds = std::chrono::duration<double>(Clock::now() - start_).count(),
+        .given_up = supervisor_.given_up(),
+        .note = note_on_limits(),
+        .rows = supervisor_.rows(),
+        .commands = supervisor_.ended(),
+        .glance = supervisor_.glance(),
+        .contents = contents};
     const std::vector<Problem> problems = problems_of(collection);
     bool is_written = summary_->write(summary_of(collection, problems));
     is_written = write_manifest(collection, problems) && is_written;
-    folder_.remove_temporary();
-    folder_.tidy_names();
     tell(collection, problems, is_written);
-    std::cout << without_controls(folder_.path().string()) << "\n" << std::flush;
+    const std::filesystem::path archive = is_written ? pack_folder(contents) : "";
+    const std::filesystem::path made = archive.empty() ? folder_.path() : archive;
+    std::cout << without_controls(made.string()) << "\n" << std::flush;
     if (!std::cout) progress_.say("Standard output does not take the path of the collection");
-    const bool is_complete = is_written && collection.is_complete() && std::cout;
-    progress_.end(is_complete ? kComplete : kPartial, folder_.path().string());
-    return is_complete ? kComplete : kPartial;
+    const bool is_whole = is_written && (format_ == nullptr || !archive.empty()) && std::cout;
+    const int status = is_whole && collection.is_complete() ? kComplete : kPartial;
+    progress_.end(status, archive.empty() ? "folder" : "archive", made.string());
+    return status;
+  }
+
+  // The archive; the folder goes once that is whole. Empty where none is made.
+  std::filesystem::path pack_folder(const Contents& contents) {
+    if (format_ == nullptr) return {};
+    std::vector<std::string> files{kSummaryFile, kManifestFile};
+    for (const std::string& file : contents.files) {
+      if (file != kSummaryFile && file != kManifestFile) files.push_back(file);
+    }
+    try {
+      const std::filesystem::path archive = pack(folder_, files, *format_, signals_);
+      folder_.remove_all();
+      if (folder_.is_there())
+        progress_.say("The folder cannot be removed: " + folder_.path().string());
+      return archive;
+    } catch (const Failure& failure) {
+      progress_.say(std::string("The folder stays as it is, for ") + failure.what());
+      return {};
+    }
   }
 
   [[nodiscard]] bool write_manifest(const Collection& collection,
@@ -259,10 +290,11 @@ class Collecting {
       progress_.say("Summary or manifest could not be written: " + error_text(error) + ", on " +
                     file_system_of(folder_.descriptor()));
     }
-    progress_.say(verdict_of(collection) + (is_written ? ". Read summary.txt first." : "."));
+    progress_.say(verdict_of(collection) + (is_written ? ". Read its summary.txt first." : "."));
   }
 
   const CollectOptions& options_;
+  const ArchiveFormat* format_;  // null: the folder is what is made
   std::time_t started_ = std::time(nullptr);
   Clock::time_point start_ = Clock::now();
   Progress progress_;

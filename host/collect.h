@@ -1,10 +1,11 @@
-// "sit collect": everything about this machine into one folder.
+// "sit collect": everything about this machine into one file.
 #pragma once
 
 #include <filesystem>
 #include <string>
 #include <vector>
 
+#include "result/contents.h"
 #include "run/signal_watch.h"
 #include "run/supervisor.h"
 #include "steps/selection.h"
@@ -18,6 +19,8 @@ struct CollectOptions {
   std::string monitoring;                  // init file
   std::string label;
   std::string progress = "auto";
+  std::string format = "xz";  // of the archive
+  Caps caps = {};
   RunSettings settings = {};
   Limits limits = {};
   Selection selection = {};

@@ -103,8 +103,10 @@ void describe_how(CLI::App& collect, CommandLine& line) {
   constexpr double kLongestCommand = 59;  // the plug-in itself gives up after a minute
   constexpr double kLongestRun = 1e6;
   constexpr std::size_t kMostJobs = 64;
+  constexpr std::uint64_t kLeastCap = 4 << 10;
+  constexpr std::uint64_t kMostCap = std::uint64_t{1} << 60U;
   add_plugin_option(collect, line);
-  collect.add_option("--output", options.output, "where the folder is made (default: here)")
+  collect.add_option("--output", options.output, "where the archive is made (default: here)")
       ->type_name("DIR")
       ->check(not_empty);
   collect.add_option("--label", options.label, "goes into names, summary and manifest")
@@ -121,6 +123,16 @@ void describe_how(CLI::App& collect, CommandLine& line) {
   collect.add_option("--jobs", options.limits.jobs, "subjects at once (default: cores, at most 4)")
       ->type_name("N")
       ->check(CLI::Range(std::size_t{1}, kMostJobs));
+  collect.add_option("--format", options.format, "of the archive: xz (default), gz, zst, or none")
+      ->type_name("FORM");
+  collect.add_option("--max-file", options.caps.file, "a longer file is cut (default: 100 MiB)")
+      ->type_name("SIZE")
+      ->transform(CLI::AsSizeValue(false))
+      ->check(CLI::Range(kLeastCap, kMostCap));
+  collect.add_option("--max-total", options.caps.all, "all files together (default: 1 GiB)")
+      ->type_name("SIZE")
+      ->transform(CLI::AsSizeValue(false))
+      ->check(CLI::Range(kLeastCap, kMostCap));
   collect
       .add_option("--progress", options.progress,
                   "on standard error: auto (default), plain, or json")
@@ -133,7 +145,7 @@ void describe(CLI::App& app, CommandLine& line) {
   app.add_flag("--version", line.version, "print the plug-in's version");
   app.require_subcommand(0, 1);
 
-  CLI::App* collect = app.add_subcommand("collect", "write this machine's reports into a folder");
+  CLI::App* collect = app.add_subcommand("collect", "write this machine's reports into an archive");
   describe_what_is_collected(*collect, line);
   describe_how(*collect, line);
 

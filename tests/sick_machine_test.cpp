@@ -233,24 +233,16 @@ TEST_F(SickMachine, WhatFailsInAReportIsTold) {
 }
 
 TEST_F(SickMachine, ClosedPipeLosesNothing) {
-  run("(" HOST " collect --only capture --capture 'sleep 0.5' --output " + path("out") +
-      "; echo $? > " + path("status") + ") 2>&1 | true");
+  run("(" HOST " collect --format none --only capture --capture 'sleep 0.5' --output " +
+      path("out") + "; echo $? > " + path("status") + ") 2>&1 | true");
   for (int i = 0; i < 50 && !fs::exists(path("status")); ++i) ::usleep(100000);
   EXPECT_EQ(read_file(path("status")), "1\n") << "nobody got the path";
   const fs::path folder = *fs::directory_iterator(path("out"));
   EXPECT_TRUE(nlohmann::json::parse(read_file(folder / "manifest.json")).at("complete"));
 }
 
-// Sets up a small file system at path("full"). False where this machine does not allow that.
-bool mount_small(const std::string& where, const std::string& size) {
-  fs::create_directories(where);
-  if (::unshare(CLONE_NEWNS) != 0) return false;
-  return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         ::mount("none", where.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
-}
-
 TEST_F(SickMachine, FullDiskIsToldWhereTextWasLost) {
-  if (!mount_small(path("out"), "400k")) GTEST_SKIP() << "needs a mount namespace";
+  if (!test::mount_small(path("out"), "400k")) GTEST_SKIP() << "needs a mount namespace";
   test::make_tool(path("bin/ps"), "yes 'a process among many' | head -c 390000");
   test::make_tool(path("bin/sysctl"), "yes 'a setting; the next sysctl is asked' | head -c 390000");
   const std::string no_space = "no space left on " + path("out") + " (tmpfs)";
@@ -281,9 +273,9 @@ TEST_F(SickMachine, FoldersOfAnyNameRunNothing) {
       std::string(120, 'x') + "/" + std::string(120, 'y') + "/" + std::string(120, 'z')};
   for (const std::string& name : names) {
     test::write_file(path("name"), path(name));
-    const Ran ran =
-        run("(" HOST " collect --output \"$(cat " + path("name") + ")\" --skip system " +
-            "--installation " + sample() + "/pel --capture 'cat $0' 2>/dev/null)");
+    const Ran ran = run("(" HOST " collect --format none --output \"$(cat " + path("name") +
+                        ")\" --skip system " + "--installation " + sample() +
+                        "/pel --capture 'cat $0' 2>/dev/null)");
     fs::path folder;
     for (const auto& entry : fs::directory_iterator(path(name))) folder = entry.path();
     EXPECT_EQ(ran.output, folder.string() + "\n");

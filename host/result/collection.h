@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "result/contents.h"
 #include "result/row.h"
 #include "work/glance.h"
 
@@ -26,6 +27,7 @@ struct Collection {
   const std::deque<Row>& rows;
   const std::vector<EndedCommand>& commands;
   const Glance& glance;
+  const Contents& contents;
 
   [[nodiscard]] bool is_complete() const;
 };

@@ -64,6 +64,7 @@ std::string manifest_of(const Collection& collection, const std::vector<Problem>
             {"given_up", collection.given_up},
             {"rows", Json::array()},
             {"commands", Json::array()},
+            {"cuts", Json::array()},
             {"problems", Json::array()}};
   for (const Row& row : collection.rows) json["rows"].push_back(row_of(row, detail));
   for (const EndedCommand& command : collection.commands) {
@@ -72,6 +73,9 @@ std::string manifest_of(const Collection& collection, const std::vector<Problem>
                                 {"seconds", command.seconds},
                                 {"end", command.end},
                                 {"row", command.row}});
+  }
+  for (const Cut& cut : collection.contents.cuts) {
+    json["cuts"].push_back({{"file", cut.file}, {"bytes", cut.bytes}, {"left_out", cut.left_out}});
   }
   if (detail != Detail::kRowsOnly) {
     for (const Problem& problem : problems) {

@@ -63,6 +63,14 @@ int rank_of(RowOutcome outcome) {
   }
 }
 
+Problem problem_of(const Cut& cut) {
+  const std::string size = size_text(cut.bytes);
+  return {kPartMissing,
+          cut.file + (cut.left_out == 0 ? " is too long, but its " + size + " could not be cut"
+                                        : ": " + size_text(cut.left_out) + " of " + size +
+                                              " are left out in its middle")};
+}
+
 class Problems {
  public:
   void add(Problem problem) { all_.push_back(std::move(problem)); }
@@ -113,8 +121,9 @@ class Problems {
 }  // namespace
 
 bool Collection::is_complete() const {
-  return given_up.empty() && std::none_of(rows.begin(), rows.end(),
-                                          [](const Row& row) { return is_fault(row.outcome); });
+  return given_up.empty() && contents.cuts.empty() &&
+         std::none_of(rows.begin(), rows.end(),
+                      [](const Row& row) { return is_fault(row.outcome); });
 }
 
 std::vector<Problem> problems_of(const Collection& collection) {
@@ -133,6 +142,10 @@ std::vector<Problem> problems_of(const Collection& collection) {
     if (has_ended && problems.tell_of(command.command_line)) continue;
     problems.add({kCommandEnded, "\"" + command.command_line + "\" " + command.end + " after " +
                                      seconds_text(command.seconds) + " s"});
+  }
+  for (const Cut& cut : collection.contents.cuts) problems.add(problem_of(cut));
+  for (const std::string& other : collection.contents.others) {
+    problems.add({kUnreadable, other + " is not in the archive: it is no file"});
   }
   return problems.take();
 }

@@ -145,10 +145,10 @@ void Progress::ended(const EndedCommand& command) {
   say("Ending \"" + command.command_line + "\" after " + seconds_text(command.seconds) + " s");
 }
 
-void Progress::end(int status, const std::string& folder) {
+void Progress::end(int status, const char* kind, const std::string& path) {
   erase();
   if (form_ == Form::kJson) {
-    print(line_of({{"event", "end"}, {"status", status}, {"folder", folder}}));
+    print(line_of({{"event", "end"}, {"status", status}, {kind, path}}));
   }
 }
 

@@ -39,7 +39,8 @@ class Progress {
   void show(const std::vector<Running>& running);
   void finished(const Row& row);
   void ended(const EndedCommand& command);
-  void end(int status, const std::string& folder);
+  // What has been made: an archive or a folder.
+  void end(int status, const char* kind, const std::string& path);
 
  private:
   void erase();

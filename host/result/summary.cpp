@@ -193,8 +193,10 @@ std::string verdict_of(const Collection& collection) {
   if (collection.is_complete()) return "Complete";
   const auto faulty = std::count_if(collection.rows.begin(), collection.rows.end(),
                                     [](const Row& row) { return is_fault(row.outcome); });
+  const std::size_t cuts = collection.contents.cuts.size();
   return "Not complete: " + std::to_string(faulty) + " of " +
          counted(collection.rows.size(), "row") + " not ok" +
+         (cuts == 0 ? "" : "; " + counted(cuts, "file") + " cut") +
          (collection.given_up.empty() ? "" : "; " + collection.given_up);
 }
 

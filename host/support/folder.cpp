@@ -34,12 +34,14 @@ bool is_ours(int fd) {
          (status.st_mode & 0777U) == kOwnerOnly;
 }
 
-Descriptor make_folder(int parent, const std::string& name) {
+// Under this name, or with a number behind it.
+Descriptor make_folder(int parent, std::string& name) {
   constexpr int kMostInOneSecond = 100;
+  const std::string wanted = name;
   for (int i = 1; i <= kMostInOneSecond; ++i) {
-    const std::string attempt = i == 1 ? name : name + "-" + std::to_string(i);
-    if (::mkdirat(parent, attempt.c_str(), kOwnerOnly) == 0) {
-      return open_folder(parent, attempt, O_NOFOLLOW);
+    if (i > 1) name = wanted + "-" + std::to_string(i);
+    if (::mkdirat(parent, name.c_str(), kOwnerOnly) == 0) {
+      return open_folder(parent, name, O_NOFOLLOW);
     }
     if (errno != EEXIST) break;
   }
@@ -68,18 +70,18 @@ void tidy_names_in(const fs::path& folder) {
 
 }  // namespace
 
-OutputFolder::OutputFolder(const fs::path& parent, const std::string& name) {
+OutputFolder::OutputFolder(const fs::path& parent, const std::string& name) : name_(name) {
   const auto fail = [&](int error) {
     throw Failure("cannot make the output folder " + (fs::absolute(parent) / name).string() + ": " +
                   error_text(error));
   };
   std::error_code error;
   fs::create_directories(parent, error);
-  made_ = fs::absolute(parent) / name;
-  const Descriptor place = open_folder(AT_FDCWD, parent.string());
-  if (!place.is_open()) fail(errno);
-  folder_ = make_folder(place.get(), name);
+  place_ = open_folder(AT_FDCWD, parent.string());
+  if (!place_.is_open()) fail(errno);
+  folder_ = make_folder(place_.get(), name_);
   if (!folder_.is_open()) fail(errno);
+  made_ = fs::absolute(parent) / name_;
   if (!is_ours(folder_.get())) fail(EPERM);
   if (::mkdirat(folder_.get(), kTemporary, kOwnerOnly) != 0) {
     const int reason = errno;
@@ -99,6 +101,12 @@ fs::path OutputFolder::path() const {
   std::error_code error;
   const fs::path now = fs::read_symlink(way(), error);
   return error ? made_ : now;
+}
+
+fs::path OutputFolder::beside(const std::string& name) const {
+  std::error_code error;
+  const fs::path now = fs::read_symlink("/proc/self/fd/" + std::to_string(place_.get()), error);
+  return (error ? made_.parent_path() : now) / name;
 }
 
 void OutputFolder::tidy_names() const { tidy_names_in(way()); }

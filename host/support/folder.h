@@ -22,8 +22,18 @@ class OutputFolder {
 
   [[nodiscard]] int descriptor() const { return folder_.get(); }
 
+  // As it was made.
+  [[nodiscard]] const std::string& name() const { return name_; }
+
   // Where it is by now.
   [[nodiscard]] std::filesystem::path path() const;
+
+  // A path to it that holds while this process lives, if there is /proc to make one.
+  [[nodiscard]] std::filesystem::path way() const;
+
+  // Where it was made, for what goes beside it, and the path of that.
+  [[nodiscard]] const Descriptor& place() const { return place_; }
+  [[nodiscard]] std::filesystem::path beside(const std::string& name) const;
 
   // Makes the folders that lead to this file. False, with errno set, where that cannot be done.
   [[nodiscard]] bool make_way_to(const std::string& file) const;
@@ -54,10 +64,9 @@ class OutputFolder {
   void remove_all() const;
 
  private:
-  // A path to it that holds while this process lives, if there is /proc to make one.
-  [[nodiscard]] std::filesystem::path way() const;
-
+  std::string name_;
   std::filesystem::path made_;  // for a machine without /proc
+  Descriptor place_;
   Descriptor folder_;
   std::string temporary_;
 };

@@ -1,5 +1,8 @@
 #include "support/collection.h"
 
+#include <sched.h>
+#include <sys/mount.h>
+
 #include <chrono>
 
 namespace test {
@@ -23,10 +26,18 @@ std::string Collected::why(const std::string& id) const {
   return found.is_null() ? "no such row" : found.at("why").get<std::string>();
 }
 
+bool mount_small(const std::string& where, const std::string& size) {
+  fs::create_directories(where);
+  if (::unshare(CLONE_NEWNS) != 0) return false;
+  return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
+         ::mount("none", where.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
+}
+
 Collected CollectTest::collect(const std::string& options, const std::string& before) const {
   const auto start = std::chrono::steady_clock::now();
+  const bool has_format = options.find("--format") != std::string::npos;
   const Ran ran = run("(" + before + "\n" + HOST + " collect --output " + path("out") + " " +
-                      options + " 2>" + path("said") + ")");
+                      options + (has_format ? "" : " --format none") + " 2>" + path("said") + ")");
   Collected collected{.status = ran.status, .printed = ran.output, .said = read_file(path("said"))};
   collected.seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -23,6 +23,9 @@ struct Collected {
   [[nodiscard]] std::string why(const std::string& id) const;
 };
 
+// Mounts a small file system for this process alone. False where the machine does not allow that.
+[[nodiscard]] bool mount_small(const std::string& where, const std::string& size);
+
 class CollectTest : public SitTest {
  protected:
   // Runs it below path("out") with these options, in a shell that has run `before`.

@@ -1,0 +1,133 @@
+// The archive that "sit collect" makes of a collection.
+#include <sys/mount.h>
+#include <sys/stat.h>
+
+#include "support/collection.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test::Collected;
+using test::run;
+
+class Bundle : public test::CollectTest {
+ protected:
+  // Unpacks the archive whose path was printed into path("unpacked"); returns the names in it.
+  [[nodiscard]] std::string unpack(const Collected& made) const {
+    return run("mkdir " + path("unpacked") + " && tar xvf " + line_of(made) + " -C " +
+               path("unpacked") + " --strip-components 1 | sed 's:^[^/]*/::'")
+        .output;
+  }
+  [[nodiscard]] static std::string line_of(const Collected& made) {
+    return made.printed.substr(0, made.printed.find('\n'));
+  }
+  [[nodiscard]] std::string left() const { return run("ls -A " + path("out")).output; }
+};
+
+TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
+  const std::string lasting = " --only capture --capture 'seq 50000; mkdir d; date > d/left'";
+  for (const std::string format : {"xz", "gz", "zst"}) {
+    const Collected made = collect("--format " + format + lasting);
+    EXPECT_EQ(made.status, 0) << made.said;
+    const std::string archive = line_of(made);
+    EXPECT_TRUE(archive.ends_with(".tar." + format)) << archive;
+    const std::string name = fs::path(archive).filename();
+    EXPECT_EQ(left(), name + "\n" + name + ".sha256\n") << "the folder goes";
+    EXPECT_EQ(run("cd " + path("out") + " && sha256sum -c *.sha256").output, name + ": OK\n");
+    EXPECT_EQ(run("stat -c %a " + path("out") + "/*").output, "600\n600\n");
+    EXPECT_EQ(unpack(made),
+              "summary.txt\nmanifest.json\ncapture-1/d/left\ncapture-1/index.txt\n"
+              "capture-1/output.txt\n");
+    EXPECT_EQ(test::without_header(test::read_file(path("unpacked/capture-1/output.txt"))),
+              run("seq 50000").output + "\n==End of Log==\n");
+    fs::remove_all(path("out"));
+    fs::remove_all(path("unpacked"));
+  }
+  const Collected refused = collect("--format tgz");
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_EQ(refused.said, "sit: --format is xz, gz, zst or none, not \"tgz\"\n");
+}
+
+TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
+  test::write_file(path("foreign"), test::repeat("of somebody else\n", 5000));
+  const std::string capture =
+      " --only capture --capture 'seq 30000; mkfifo f; ln -s /etc/passwd l; ln " + path("foreign") +
+      " hard'";
+  const std::tuple<std::string, std::string, std::uintmax_t> caps[] = {
+      {"--max-file 20000", "capture-1/hard:", 40000 + 300},
+      {"--max-total 64KiB", "capture-1/output.txt:", 64 << 10}};
+  for (const auto& [cap, cut, most] : caps) {
+    const Collected made = collect("--format gz " + cap + capture);
+    EXPECT_EQ(made.status, 1);
+    EXPECT_EQ(unpack(made),
+              "summary.txt\nmanifest.json\ncapture-1/hard\ncapture-1/index.txt\n"
+              "capture-1/output.txt\n");
+    const fs::path folder = path("unpacked");
+    EXPECT_LE(
+        fs::file_size(folder / "capture-1/output.txt") + fs::file_size(folder / "capture-1/hard"),
+        most);
+    const auto manifest = nlohmann::json::parse(test::read_file(folder / "manifest.json"));
+    EXPECT_EQ(manifest.at("complete"), false);
+    EXPECT_EQ(manifest.at("cuts").size(), 2U);
+    for (const auto& one : manifest.at("cuts")) {
+      const std::string text = test::read_file(folder / one.at("file").get<std::string>());
+      const std::string line = "\n[sit: " + one.at("left_out").dump() + " bytes of " +
+                               one.at("bytes").dump() + " are left out here]\n";
+      EXPECT_NE(text.find(line), std::string::npos) << line;
+    }
+    const std::string summary = test::read_file(folder / "summary.txt");
+    for (const std::string& told : {cut, std::string("capture-1/f is not in the archive"),
+                                    std::string("capture-1/l is not in the archive"),
+                                    std::string("0 of 4 rows not ok; 2 files cut")}) {
+      EXPECT_NE(summary.find(told), std::string::npos) << summary;
+    }
+    const std::string output = test::read_file(folder / "capture-1/output.txt");
+    EXPECT_NE(output.find("\n1\n2\n3\n"), std::string::npos);
+    EXPECT_TRUE(output.ends_with("\n30000\n\n==End of Log==\n"));
+    fs::remove_all(path("out"));
+    fs::remove_all(folder);
+  }
+  EXPECT_EQ(fs::file_size(path("foreign")), 85000U) << "what has another name is not cut there";
+}
+
+TEST_F(Bundle, TakenNameStaysWhoseItIs) {
+  const Collected made =
+      collect("--format gz --only capture --capture 'ln -s / ${PWD%/*}.tar.gz.sha256'");
+  EXPECT_EQ(made.status, 0) << made.said;
+  EXPECT_TRUE(made.printed.ends_with("-2.tar.gz\n")) << made.printed;
+  EXPECT_EQ(run("ls " + path("out") + " | wc -l").output, "3\n");
+  EXPECT_EQ(run("tar tf " + line_of(made) + " | head -n 1").output,
+            fs::path(line_of(made)).stem().stem().string() + "/summary.txt\n");
+}
+
+TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
+  const std::string said = path("said");
+  const test::Ran ended =
+      run(HOST
+          " collect --progress plain --only capture --capture 'head -c 200000000 /dev/urandom' "
+          "--max-file 1G --output " +
+          path("out") + " 2>" + said + " & while ! grep -q summary.txt " + said +
+          "; do sleep 0.1; done; kill $! && wait $!");
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_TRUE(test::read_file(said).find("The folder stays as it is, for no archive could be made: "
+                                         "ended by a signal") != std::string::npos)
+      << test::read_file(said);
+  EXPECT_EQ(path("out/") + left(), ended.output) << "nothing half made";
+  fs::remove_all(path("out"));
+
+  if (!test::mount_small(path("out"), "3m")) GTEST_SKIP() << "needs a mount namespace";
+  const Collected full = collect(
+      "--format xz --only capture --capture 'head -c 800K /dev/urandom; "
+      "head -c 800K /dev/urandom > left'");
+  EXPECT_EQ(full.status, 1);
+  EXPECT_EQ(full.printed, full.folder.string() + "\n");
+  EXPECT_NE(full.said.find("no archive could be made: No space left on device, on " + path("out") +
+                           " (tmpfs)\n"),
+            std::string::npos)
+      << full.said;
+  EXPECT_EQ(left(), full.folder.filename().string() + "\n");
+  EXPECT_EQ(full.manifest.at("complete"), true);
+  ::umount2(path("out").c_str(), MNT_DETACH);
+}
+
+}  // namespace
