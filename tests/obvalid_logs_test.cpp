@@ -35,9 +35,15 @@ class Logs : public test::InstallationTest {
     const std::string line = key + ": " + path(file) + "\n";
     EXPECT_EQ(Populate_Logs_Table(line.c_str(), "10.1B03", name.c_str()), 0);
   }
-  void note_databases(const std::string& content) {
+  std::string note_databases(const std::string& content) {
     write_file(path("conmgr"), content);
     EXPECT_EQ(Populate_Logs_Table_ConMgr(path("conmgr").c_str(), "10.1B03"), 0);
+    std::string noted;
+    for (const LogEntry* entry = logs; entry->name != nullptr; ++entry) {
+      if (entry->type == LT_DATABASE)
+        noted += std::string(entry->name) + "=" + entry->logFile + ";";
+    }
+    return noted;
   }
   void expect_copies(const std::string& name, int result, const Tree& copies,
                      const std::string& said = "") {
@@ -58,20 +64,19 @@ class Logs : public test::InstallationTest {
 };
 
 TEST_F(Logs, CheckToolLinesMoreThanTheTableHolds) {
-  const std::string longest(254, 'v');
-  for (const auto& [line, result, value] :
-       std::initializer_list<std::tuple<std::string, int, std::string>>{
-           {"logFile :   /a b.log  \n\n", 0, "/a b.log"},
-           {"logFile : @{x} (/y ( old )) (z)\n", 0, "old"},
-           {"logFile: /a).log (b\n", 0, "/a).log (b"},
-           {"logFile", 0, ""},
-           {"logFile: " + longest, 0, longest},
-           {"logFile: v" + longest, 1, "before"},
-           {"logfile: /a", -1, "before"}}) {
-    char output[255] = "before";
-    EXPECT_EQ(ReadPropertyValue_From_Validation(line.c_str(), "logFile", output), result) << line;
-    EXPECT_EQ(output, value) << line;
-  }
+  expect_rows("obvalid", {{"log file",
+                           [](const Row& row) {
+                             char output[255] = "before";
+                             const int result =
+                                 ReadPropertyValue_From_Validation(row[0], "logFile", output);
+                             return std::to_string(result) + " " + output;
+                           }},
+                          {"databases", [this](const Row& row) {
+                             clear_table();
+                             return note_databases(row.text(0));
+                           }}});
+  EXPECT_EQ(Populate_Logs_Table_ConMgr("/nosuch", "1"), 0);
+  clear_table();
   const char* lines[][3] = {
       {"srvrLogFile: /a", "1", "one"},   {"brokerLogFile : @ (/b)\n", "1", "one"},
       {"logFile: /c%s", nullptr, "one"}, {"brokerLogFile: /other", "1", "ONE"},
@@ -96,34 +101,6 @@ TEST_F(Logs, CheckToolLinesMoreThanTheTableHolds) {
   write_file(path("a.log"), "last");
   expect_copies("250", 0, {{"a.log", "last"}});
   expect_copies("251", 1, {});
-}
-
-TEST_F(Logs, DatabasesOfTheConnectionManager) {
-  const std::string longest(254 - 13, 'x');
-  const std::string key = "databasename=";
-  const std::string a = "[database.a]\n" + key;
-  const std::pair<std::string, Tree> cases[] = {
-      {"[Database.Sports]\n  " + key + "/d/s.db -x.db\n", {{"Sports", "/d/s.lg"}}},
-      {"[database.a]" + key + "/a", {{"a", "/a.lg"}}},
-      {"[database.a]\nx.db=1 " + key + "/a.db", {{"a", "1 databasename=/a.lg"}}},
-      {a + " a \n" + key + "b\n[database.A]\n" + key + "c\n", {{"a", " a .lg"}}},
-      {key + "a\n[database.b]\n[other.c]\n\n[database.d\n" + key + "b", {{"b", "b.lg"}}},
-      {"[database.%s]x]\n#" + key + "a\n%" + key + "b\n" + key + "d", {{"%s", "d.lg"}}},
-      {"#" + a + "a\n " + a + "a\n", {}},
-      {a + longest + "\n", {{"a", longest + ".lg"}}},
-      {"[database.ss" + longest + "]\n" + key + "b.db" + longest, {{"ss" + longest, "b.lg"}}},
-      {a + longest + "y.db\n", {{"a", longest + ".lg"}}},
-      {"[database.a]\n[database.sss" + longest + "]\n" + key + "c\n", {{"a", "c.lg"}}}};
-  for (const auto& [content, noted] : cases) {
-    clear_table();
-    note_databases(content);
-    Tree found;
-    for (const LogEntry* entry = logs; entry->name != nullptr; ++entry) {
-      EXPECT_TRUE(entry->type == LT_DATABASE && found.emplace(entry->name, entry->logFile).second);
-    }
-    EXPECT_EQ(found, noted) << content;
-  }
-  EXPECT_EQ(Populate_Logs_Table_ConMgr("/nosuch", "1"), 0);
 }
 
 TEST_F(Logs, CopiesOfOneName) {

@@ -8,12 +8,9 @@ namespace {
 using test::make_tool;
 using test::read_file;
 using test::set_environment;
+using test::title;
 using test::without_header;
 using test::write_file;
-
-std::string title(const std::string& text) {
-  return text + "\n" + std::string(text.size(), '=') + "\n\n";
-}
 
 const std::string kTitle = title("Pelloran Product and Licensing Information");
 

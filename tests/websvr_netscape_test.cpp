@@ -8,14 +8,14 @@
 #include <array>
 #include <cerrno>
 #include <cstddef>
+#include <sstream>
 
 #include "support/websvr_test.h"
 
 namespace {
 
 namespace fs = std::filesystem;
-using namespace std::string_literals;
-using test::listing, test::stored_by, test::Texts, test::title, test::too_long, test::write_file;
+using test::listing, test::stored_by, test::title, test::too_long, test::write_file;
 
 const std::string kVerbose = "VERBOSE: \n**Verbose Mode **\n";
 
@@ -48,57 +48,55 @@ class Netscape : public test::WebServer {
   }
 };
 
-TEST_F(Netscape, WhichInstanceIsFound) {
-  struct Case {
-    std::vector<std::pair<const char*, const char*>> entries;  // no id: without magnus.conf
-    const char* name;
-    int code;
-    std::string found;
-  };
-  for (auto [entries, name, code, found] :
-       {Case{{}, "", 10025, ""},
-        {{{"https-admserv", "web"}, {"http-a", "web"}, {"xhttps-a", "web"}}, "web", 10025, ""},
-        {{{"https-", ""}, {"https-admserv", ""}}, "", 0, "/https-"},
-        {{{"https-admserv2", "web"}}, "web", 0, "/https-admserv2"},
-        {{{"https-a", ""}, {"https-b", ""}}, "", 10027, ""},
-        {{{"https-a", "web"}, {"https-b", "web"}, {"https-c", nullptr}}, "web", 10027, ""},
-        {{{"https-a", "web"}, {"https-b", "web2"}}, "web2", 0, "/https-b"},
-        {{{"https-a", "x"}, {"https-b", nullptr}}, "web", 10029, ""},
-        {{{"https-a", "x"}, {"https-b", "y"}}, "web", 10028, ""},
-        {{{"https-a", "web"}, {"https-b", nullptr}}, "web", 0, "/https-a"}}) {
-    fs::remove_all(root());
-    fs::create_directory(root());
-    for (const auto& [entry, id] : entries) {
-      fs::create_directories(root() + "/" + entry);
-      if (id != nullptr) write_file(conf(entry), std::string(nsSrvId) + id);
-    }
-    if (!found.empty()) found.insert(0, root());
-    if (code == SIT_SERVERS_AMBIGUOUS) {
-      for (const fs::directory_entry& entry : fs::directory_iterator(root()))
-        if (found.empty() && fs::exists(entry.path() / "config")) found = entry.path();
-    }
-    const auto search = [&, name = name, code = code](char* output) {
-      EXPECT_EQ(GetNetscapeServerDir(root().c_str(), name, output), code);
-    };
-    EXPECT_EQ(stored_by(search), found);
-  }
-}
-
-TEST_F(Netscape, WhichServerIdIsMeant) {
-  const std::string web = "ServerID https-web";
-  const auto expect = [&](int answer, const std::vector<std::string>& texts) {
-    for (const std::string& text : texts) {
-      write_file(conf("https-a"), text);
-      unsigned flags = 0;
-      EXPECT_EQ(CheckNetscapeServerName(root().c_str(), "https-a", "web", &flags), answer) << text;
-      EXPECT_EQ(flags, 0U);
-    }
-  };
-  const auto behind = [&web](std::size_t length) { return std::string(length, 'x') + web; };
-  expect(1, {"Port 80\n" + web + "\nUser x\n", web + "\r\n", "# " + web, web + "\nServerID https-x",
-             web + "\0z\n"s, "a\0b\n"s + web, behind(236) + "2", behind(254), behind(4826)});
-  expect(0, {"", web + "2", web + " ", "ServerID https-we", "ServerID https-WEB", "ServerID web",
-             "ServerID https-x\n" + web, "a\0"s + web, behind(237), behind(253)});
+TEST_F(Netscape, InstancesObjectFilesAndCgiDirectories) {
+  fs::create_directory(root());
+  const auto put = [this](const Row& row) { write_file(path("conf"), row.text(0)); };
+  expect_rows("websvr",
+              {{"instance",
+                [this](const Row& row) {
+                  fs::remove_all(root());
+                  fs::create_directory(root());
+                  std::istringstream entries(row.text(0));
+                  for (std::string entry; entries >> entry;) {
+                    const std::size_t equals = entry.find('=');
+                    const std::string id = entry.substr(equals + 1);
+                    entry.resize(equals);
+                    fs::create_directory(root() + "/" + entry);
+                    if (id != "!") write_file(conf(entry), nsSrvId + id);
+                  }
+                  int code = -1;
+                  std::string found = stored_by([&](char* output) {
+                    code = GetNetscapeServerDir(root().c_str(), row[1], output);
+                  });
+                  for (const auto& entry : fs::directory_iterator(root())) {
+                    if (code != SIT_SERVERS_AMBIGUOUS || !fs::exists(entry.path() / "config"))
+                      continue;
+                    if (found == entry.path()) found = root() + "/first";
+                    break;
+                  }
+                  return std::to_string(code) +
+                         (found.empty() ? "" : " " + found.erase(0, root().size() + 1));
+                }},
+               {"server id",
+                [this](const Row& row) {
+                  unsigned flags = 0;
+                  write_file(conf("https-a"), row.text(0));
+                  const int answer =
+                      CheckNetscapeServerName(root().c_str(), "https-a", "web", &flags);
+                  return std::to_string(answer) + std::string(flags, '!');
+                }},
+               {"objects",
+                [&](const Row& row) {
+                  put(row);
+                  return stored_by([&](char* output) {
+                    EXPECT_EQ(GetNetscapeObjConf(path("conf").c_str(), "/ns", output), 0);
+                  });
+                }},
+               {"cgi", [&](const Row& row) {
+                  put(row);
+                  fs::create_directory(root());
+                  return listed([this] { EXPECT_EQ(LogNetscapeCGIDirs(path("conf").c_str()), 0); });
+                }}});
 }
 
 TEST_F(Netscape, ServerRoots) {
@@ -124,33 +122,23 @@ TEST_F(Netscape, ServerRoots) {
 }
 
 TEST_F(Netscape, VerboseTrailOfASearch) {
-  const std::string instance = root() + "/https-a";
   const std::string file = conf("https-a");
-  const std::string begun = using_path(root()) + checking("web", instance);
-  const std::string found = "VERBOSE: File " + file + " has been found\n";
-  const std::string id_found = found + "VERBOSE: Found 'ServerID' in conf file, line is:\n  " +
-                               " ServerID https-x%d\r\n\nVERBOSE: Comparing 'x%d' to '";
-  fs::create_directories(instance);
+  const std::string begun = using_path(root()) + checking("web", root() + "/https-a");
+  const std::string found = begun + "VERBOSE: File " + file + " has been found\n";
+  fs::create_directories(root() + "/https-a");
   expect_failure(
       root() + "/", 10029,
       begun + "VERBOSE: Config file '" + file + "' does not exist\n\n" + not_found(root()));
   put_unreadable(file);
-  expect_failure(root(), 10028,
-                 begun + found + "VERBOSE: Failed to open config file " + file + ", errno=22\n\n" +
-                     not_found(root()));
+  expect_failure(
+      root(), 10028,
+      found + "VERBOSE: Failed to open config file " + file + ", errno=22\n\n" + not_found(root()));
   fs::remove(file);
   write_file(file, "Port 80\n ServerID https-x%d\r\nServerID https-web\n");
-  expect_failure(root(), 10028, begun + id_found + "web'\n" + not_found(root()));
-  SetVerboseMode(1);
-  for (const auto& [name, trail] :
-       {Texts{"x%d", id_found + "x%d'\nVERBOSE: Found server x%d, as required\n"},
-        {"", found + "VERBOSE: srvname is empty (no -wnsrv param?), assuming this to be correct "
-                     "server\n\n"}}) {
-    const auto check = [this, wanted = name.c_str()] {
-      EXPECT_EQ(CheckNetscapeServerName(root().c_str(), "https-a", wanted, nullptr), 1);
-    };
-    EXPECT_EQ(written_by(check), kVerbose + checking(name, instance) + trail);
-  }
+  expect_failure(root(), 10028,
+                 found + "VERBOSE: Found 'ServerID' in conf file, line is:\n  " +
+                     " ServerID https-x%d\r\n\nVERBOSE: Comparing 'x%d' to 'web'\n" +
+                     not_found(root()));
 }
 
 TEST_F(Netscape, RootThatBreaksOffWhileItIsRead) {
@@ -238,65 +226,6 @@ TEST_F(Netscape, BrokenInstances) {
                 objects + " for reading, errno=2\nFailed to log CGI dirs from " + objects + "\n" +
                 startup + "Contents of " + start + "\n\nFailed to open " + start +
                 " for reading, error is 22\n");
-}
-
-TEST_F(Netscape, ObjectFile) {
-  SetVerboseMode(1);
-  const auto expect = [this](const char* file, int code, const std::string& name,
-                             const std::string& text) {
-    std::string stored;
-    const auto call = [&](char* output) {
-      EXPECT_EQ(GetNetscapeObjConf(path(file).c_str(), "/ns", output), code);
-    };
-    EXPECT_EQ(written_by([&] { stored = stored_by(call); }), kVerbose + text);
-    EXPECT_EQ(stored, name);
-  };
-  expect("none", ENOENT, "", "Error opening " + path("none") + " for reading, errno = 2\n");
-  const std::string named = "VERBOSE: Found LoadObjects\nVERBOSE: obj.conf is ";
-  const std::string assumed =
-      "VERBOSE: Assuming obj.conf is config/obj.conf\nVERBOSE: Assuming obj.conf is ";
-  for (const auto& [text, file] :
-       {Texts{"Port 80\nLoadObjects myobj.conf\n", "/ns/config/myobj.conf"},
-        {"LoadObjects /etc/ns/obj.conf", "/etc/ns/obj.conf"},
-        {"LoadObjects \"a b\r\n", "/ns/config/a b"},
-        {std::string(254, 'x') + "LoadObjects piece\n", "/ns/config/piece"},
-        {"LoadObjects " + std::string(300, 'o'), "/ns/config/" + std::string(242, 'o')},
-        {std::string(253, 'x') + "LoadObjects piece\n", "/ns/config/obj.conf"},
-        {"LoadObjects # none\nLoadObjects late\n", "/ns/config/obj.conf"},
-        {" LoadObjects x\nloadobjects x\nLoadObjects\tx\n", "/ns/config/obj.conf"}}) {
-    write_file(path("magnus"), text);
-    expect("magnus", 0, file, (file == "/ns/config/obj.conf" ? assumed : named) + file + "\n");
-  }
-}
-
-TEST_F(Netscape, CgiDirectories) {
-  const std::string none = "\n\nNo CGI directories found in " + path("obj") + "\n\n";
-  const auto heading = [](const std::string& directory, const std::string& alias) {
-    return "\n\nDirectory listing of " + directory + " (alias " + alias + ")\n";
-  };
-  const auto missing = [&](const std::string& directory, const std::string& alias) {
-    return heading(directory, alias) + "Path " + directory + " does not exist\n";
-  };
-  const std::string cgi = path("cgi");
-  fs::create_directory(cgi);
-  const std::string mapping = "NameTrans name=\"cgi\" dir=";
-  const std::string longest = "/" + std::string(228, 'd');
-  for (const auto& [objects, expected] :
-       {Texts{"", none},
-        {"NameTrans dir=/no/a name=cgi\n NameTrans dir=/no/a name=\"cgi\"\n"
-         "NameTrans from=/a name=\"cgi\"\nNametrans dir=/no/a name=\"cgi\"\n",
-         none},
-        {"NameTrans dir=/no/cgi-bin/ from=/a name=\"cgi\"\n" + mapping + "\"/no/b c\\\"",
-         missing("/no/cgi-bin", "/a") + missing("/no/b c", "")},
-        {"NameTrans from='/a b name=\"cgi\" dir=/no/x\r\n",
-         missing("/no/x", "/a b name=\"cgi\" dir=/no/x")},
-        {mapping + "/no/x\n" + mapping + "\n", missing("/no/x", "") + missing("", "") + none},
-        {mapping + cgi + "/", heading(cgi, "") + listing(cgi)},
-        {mapping + longest + "d\r\n", missing(longest, "")}}) {
-    write_file(path("obj"), objects);
-    EXPECT_EQ(written_by([&] { EXPECT_EQ(LogNetscapeCGIDirs(path("obj").c_str()), 0); }), expected)
-        << objects;
-  }
 }
 
 }  // namespace

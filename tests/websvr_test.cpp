@@ -6,41 +6,36 @@ namespace {
 
 namespace fs = std::filesystem;
 using namespace std::string_literals;
-using test::listing, test::stored_by, test::Texts, test::title, test::too_long, test::write_file;
+using test::listing, test::stored_by, test::title, test::write_file;
 
 using test::WebServer;
 
-TEST_F(WebServer, ValuesAndPaths) {
-  const std::string longest(255, 'v');
-  const std::string base(200, 'b');
-  const auto expect = [](const std::string& value, const std::vector<std::string>& texts) {
-    for (const std::string& text : texts)
-      EXPECT_EQ(stored_by([&](char* out) { GetConfPathName(text.c_str(), out); }), value) << text;
-  };
-  expect("/cgi", {"/cgi #comment", "/cgi#x"});
-  expect("/a", {" \t/a\tb"});
-  expect("/my cgi", {"'/my cgi' x"});
-  expect("/a'b#", {"\"/a'b#\" c"});
-  expect("open", {"'open\nnext", "\"open\r\n"});
-  expect("a'b'", {"a'b' c"});
-  expect(longest, {longest, "'" + longest + "' x"});
-  expect("", {"", " \t\n/next", "''", "'", "#", longest + "v"});
-  const auto absolute = [](const std::string& path, const std::string& from) {
-    return stored_by([&](char* out) { MakeAbsolutePath(path.c_str(), from.c_str(), out); });
-  };
-  EXPECT_EQ(absolute("/a/b", "/base"), "/a/b");
-  EXPECT_EQ(absolute("a/b", "/base"), "/base/a/b");
-  EXPECT_EQ(absolute("", "/base"), "/base/");
-  EXPECT_EQ(absolute(std::string(54, 'a'), base), base + "/" + std::string(54, 'a'));
-  EXPECT_EQ(written_by([&] { EXPECT_EQ(absolute(std::string(55, 'a'), base), ""); }),
-            too_long("path", base + "/" + std::string(55, 'a')));
-  for (const auto& [path, result] : {std::pair{"/a", 1}, {"a/b", 0}, {"", 0}})
-    EXPECT_EQ(IsAbsolutePath(path), result) << path;
-  for (auto [path, stripped] :
-       {Texts{"/a/", "/a"}, {"/a//", "/a/"}, {"a\\", "a"}, {"/a", "/a"}, {"/", ""}, {"", ""}}) {
-    StripTrailingSlash(path.data());
-    EXPECT_STREQ(path.c_str(), stripped.c_str());
-  }
+TEST_F(WebServer, ValuesPathsAndScriptAliases) {
+  fs::create_directory(root());
+  expect_rows("websvr",
+              {{"value",
+                [](const Row& row) {
+                  return stored_by([&](char* output) { GetConfPathName(row[0], output); });
+                }},
+               {"absolute",
+                [this](const Row& row) {
+                  std::string path;
+                  const std::string report = written_by([&] {
+                    path =
+                        stored_by([&](char* output) { MakeAbsolutePath(row[0], row[1], output); });
+                  });
+                  return std::to_string(IsAbsolutePath(row[0])) + " " + path + report;
+                }},
+               {"stripped",
+                [](const Row& row) {
+                  std::string path = row.text(0);
+                  StripTrailingSlash(path.data());
+                  return std::string(path.c_str());
+                }},
+               {"alias", [this](const Row& row) {
+                  write_file(path("conf"), row.text(1));
+                  return listed([&] { FindApacheScriptAlias(path("conf").c_str(), row[0]); });
+                }}});
 }
 
 TEST_F(WebServer, ReportsThatCannotBeMade) {
@@ -91,43 +86,6 @@ TEST_F(Apache, WholeReports) {
                 start + "ScriptAlias /scripts/ cgi\nListen 80 100%d" + aliases +
                     "\nDirectory listing of " + root() + "/cgi (alias /scripts/)\n" +
                     listing(root() + "/cgi"));
-}
-
-TEST_F(Apache, ScriptAliases) {
-  fs::create_directory(root());
-  const std::string none = "\n\nNo ScriptAlias directories found in " + path("conf") + "\n\n";
-  const auto missing = [](const std::string& directory, const std::string& alias) {
-    return "\nDirectory listing of " + directory + " (alias " + alias + ")\nDirectory " +
-           directory + " does not exist\n";
-  };
-  const auto itself = [this](const std::string& alias) {
-    return "\nDirectory listing of " + root() + " (alias " + alias + ")\n" + listing(root());
-  };
-  const auto expect = [&](const std::string& text, const std::string& from,
-                          const std::string& expected) {
-    write_file(path("conf"), text);
-    const auto call = [&] { FindApacheScriptAlias(path("conf").c_str(), from.c_str()); };
-    EXPECT_EQ(written_by(call), expected) << text;
-  };
-  const std::string line = "ScriptAlias /a /no/a\n";
-  const std::string far(239, 'r');
-  for (const auto& [text, expected] :
-       {Texts{"", none},
-        {"#" + line + " # x " + line +
-             "ScriptAliasMatch /a /no/a\nscriptalias /a /no/a\n"
-             "ScriptAlias\t/a /no/a\nScriptAlias\n",
-         none},
-        {"ScriptAlias /x/ /no/x/ # note\n\tScriptAlias \t /cgi-bin/\t'/no/c d/'\r\n",
-         missing("/no/x", "/x/") + missing("/no/c d", "/cgi-bin/")},
-        {"ScriptAlias \"/a b/\" \"/no/q\"\nScriptAlias '/a#' rel\\\nScriptAlias '/b'/no/y",
-         missing("/no/q", "/a b/") + missing(root() + "/rel", "/a#") + missing("/no/y", "/b")},
-        {"ScriptAlias '/open /no/a\n", itself("/open /no/a")},
-        {"ScriptAlias \nScriptAlias # /no/a\n", itself("") + itself("")},
-        {std::string(254, 'x') + line + std::string(253, 'x') + line, missing("/no/a", "/a")},
-        {"ScriptAlias /a " + far, too_long("path", root() + "/" + far) + none}})
-    expect(text, root(), expected);
-  expect("ScriptAlias /a nosuch\nScriptAlias \n", "",
-         missing("/nosuch", "/a") + missing("", "") + none);
 }
 
 }  // namespace

@@ -43,6 +43,16 @@ std::string repeat(const std::string& text, std::size_t count) {
   return result;
 }
 
+std::string title(const std::string& text) {
+  return text + "\n" + std::string(text.size(), '=') + "\n\n";
+}
+
+std::string too_long(const std::string& what, const std::string& text, int limit) {
+  return "ERROR: The " + what + " of " + std::to_string(text.size()) +
+         " characters is longer than " + std::to_string(limit) +
+         " and is not used: " + text.substr(0, 200) + "...\n";
+}
+
 std::string taken(char* text) {
   std::string copy = text == nullptr ? "(null)" : text;
   std::free(text);
@@ -77,6 +87,66 @@ std::vector<int> open_descriptors() {
     if (::fcntl(fd, F_GETFD) != -1) found.push_back(fd);
   }
   return found;
+}
+
+namespace {
+
+// Puts what `make` gives for each match in its place.
+template <typename Make>
+void replace_all(std::string& text, const char* pattern, Make make) {
+  const std::regex wanted(pattern);
+  for (std::smatch match; std::regex_search(text, match, wanted);) {
+    text = match.prefix().str() + make(match) + match.suffix().str();
+  }
+}
+
+std::string field_of(std::string text, const std::string& scratch) {
+  const auto first = text.find_first_not_of(' ');
+  if (first == std::string::npos) return "";
+  text = text.substr(first, text.find_last_not_of(' ') + 1 - first);
+  std::string field;
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    static const std::string kEscapes = "nrts0x";
+    if (text[i] == '~') {
+      field += scratch;
+    } else if (text[i] == '\\' && i + 1 < text.size() &&
+               kEscapes.find(text[i + 1]) != std::string::npos) {
+      field += text[++i] == 'x' ? static_cast<char>(std::stoi(text.substr(i + 1, 2), nullptr, 16))
+                                : "\n\r\t \0"[kEscapes.find(text[i])];
+      if (text[i] == 'x') i += 2;
+    } else {
+      field += text[i];
+    }
+  }
+  replace_all(field, "\\{(\\d+)\\*([^}]+)\\}",
+              [](const auto& found) { return repeat(found[2], std::stoul(found[1])); });
+  replace_all(field, "\\{=([^}]+)\\}", [](const auto& found) { return title(found[1]); });
+  replace_all(field, "\\{!([^:}]+):(\\d+):([^}]+)\\}",
+              [](const auto& found) { return too_long(found[1], found[3], std::stoi(found[2])); });
+  return field;
+}
+
+}  // namespace
+
+void SitTest::expect_rows(const std::string& name, const Calls& calls) const {
+  std::ifstream lines(ROWS "/" + name + ".txt");
+  std::map<std::string, int> made;
+  for (std::string line; std::getline(lines, line);) {
+    if (line.empty() || line.front() == '#') continue;
+    std::vector<std::string> fields;
+    std::istringstream rest(line);
+    for (std::string field; std::getline(rest, field, '|');) {
+      fields.push_back(field_of(field, scratch_));
+    }
+    const std::string expected = line.ends_with('|') ? "" : fields.back();
+    const std::string call = fields.front();
+    if (calls.count(call) == 0) continue;  // another test's
+    ++made[call];
+    fields.erase(fields.begin());
+    const std::string given = calls.at(call)(Row(fields));
+    EXPECT_TRUE(given == expected) << line << "\n" << given.substr(0, 2000);
+  }
+  EXPECT_EQ(made.size(), calls.size()) << "a call without a line";
 }
 
 void SitTest::SetUp() {

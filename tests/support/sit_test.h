@@ -4,7 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <initializer_list>
+#include <functional>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,12 @@ void write_file(const std::filesystem::path& path, const std::string& content);
 
 // The whole text `count` times over.
 std::string repeat(const std::string& text, std::size_t count);
+
+// A section title as it stands in a report.
+std::string title(const std::string& text);
+
+// What a report says about a text that does not fit where it belongs.
+std::string too_long(const std::string& what, const std::string& text, int limit = 255);
 
 // A text of the plug-in's that the caller owns; it is freed.
 std::string taken(char* text);
@@ -38,6 +45,25 @@ class SitTest : public testing::Test {
 
   [[nodiscard]] std::string path(const std::string& name) const { return scratch_ / name; }
   [[nodiscard]] std::string temporary() const { return scratch_ / "tmp"; }
+
+  // One case of a file below tests/rows, which tells how a line is read.
+  class Row {
+   public:
+    explicit Row(std::vector<std::string> fields) : fields_(std::move(fields)) {}
+    // A field that is a lone "-" stands for null.
+    const char* operator[](std::size_t i) const {
+      return fields_.at(i) == "-" ? nullptr : fields_.at(i).c_str();
+    }
+    [[nodiscard]] const std::string& text(std::size_t i) const { return fields_.at(i); }
+    [[nodiscard]] int number(std::size_t i) const { return std::stoi(fields_.at(i)); }
+
+   private:
+    std::vector<std::string> fields_;
+  };
+  // Makes the call that each line of tests/rows/NAME.txt begins with; it returns what came of it,
+  // which is to be the line's last field.
+  using Calls = std::map<std::string, std::function<std::string(const Row&)>>;
+  void expect_rows(const std::string& name, const Calls& calls) const;
 
   // Opens path("report.txt"), lets `write` write into it and returns what it wrote.
   template <typename Write>

@@ -4,24 +4,10 @@
 #include <array>
 #include <filesystem>
 #include <string>
-#include <utility>
 
 #include "support/sit_test.h"
 
 namespace test {
-
-using Texts = std::pair<std::string, std::string>;
-
-// A section title as it stands in a report.
-inline std::string title(const std::string& text) {
-  return text + "\n" + std::string(text.size(), '=') + "\n\n";
-}
-
-// What a report says about a text that does not fit into a path.
-inline std::string too_long(const std::string& what, const std::string& text) {
-  return "ERROR: The " + what + " of " + std::to_string(text.size()) +
-         " characters is longer than 255 and is not used: " + text.substr(0, 200) + "...\n";
-}
 
 inline std::string listing(const std::string& directory) {
   return run("ls -lL '" + directory + "'").output + "\n";
@@ -47,6 +33,16 @@ class WebServer : public SitTest {
     const std::string text = without_header(read_file(path("report")));
     EXPECT_TRUE(text.ends_with("\n==End of Log==\n")) << text;
     return text.substr(0, text.size() - 16);
+  }
+  // What is written into a report, with "(listing)" in the place of the listing of root().
+  template <typename Write>
+  std::string listed(Write write) {
+    std::string text = written_by(write);
+    const std::string listing = test::listing(root());
+    for (std::size_t at = 0; (at = text.find(listing)) != std::string::npos;) {
+      text.replace(at, listing.size(), "(listing)");
+    }
+    return text;
   }
   // Exists, but opening it for reading is refused.
   static void put_unreadable(const std::string& file) {
