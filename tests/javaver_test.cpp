@@ -1,5 +1,6 @@
 #include <cstdlib>
 #include <filesystem>
+#include <tuple>
 
 #include "support/sit_test.h"
 
@@ -46,31 +47,23 @@ TEST_F(Java, OfTheEnvironment) {
 }
 
 TEST_F(Java, PathsBeyondTheirCapacity) {
-  const auto refused = [](const std::string& kind, const std::string& text) {
-    return "ERROR: The " + kind + " of " + std::to_string(text.size()) +
-           " characters is longer than 511 and is not used: " + text.substr(0, 200) + "...\n";
-  };
   move_to("/" + std::string(600, 'x'));
-  expect_versions(refused("path", dir() + "/bin/java_env"));
+  expect_versions(test::too_long("path", dir() + "/bin/java_env", 511));
   move_to(path(std::string(200, 'd') + "/" + std::string(44 - path("").size(), 'd')));
   write_file(dir() + "/bin/java_env", "");
-  expect_versions(
-      refused("command", "PHM=" + dir() + ";export PHM; . " + dir() + "/bin/java_env;"));
+  expect_versions(test::too_long(
+      "command", "PHM=" + dir() + ";export PHM; . " + dir() + "/bin/java_env;", 511));
 }
 
 TEST_F(Java, WhichInstallationsAreAsked) {
-  struct Kind {
-    const char* version;
-    unsigned flags;
-    bool asked;
-  };
-  for (const auto& [version, flags, asked] : {Kind{"8.3B", 0, false},
-                                              {"10.8", 0, true},
-                                              {"8", 0, true},
-                                              {"10.1", PK_WEBCLIENT, false},
-                                              {"10.1", PK_FRAMEWORK, false},
-                                              {"2.1", PK_MONITOR, false},
-                                              {"10.1", PK_EXTRA, true}}) {
+  for (const auto& [version, flags, asked] :
+       std::initializer_list<std::tuple<const char*, unsigned, bool>>{{"8.3B", 0, false},
+                                                                      {"10.8", 0, true},
+                                                                      {"8", 0, true},
+                                                                      {"10.1", PK_WEBCLIENT, false},
+                                                                      {"10.1", PK_FRAMEWORK, false},
+                                                                      {"2.1", PK_MONITOR, false},
+                                                                      {"10.1", PK_EXTRA, true}}) {
     set_version(version);
     record_.flags = flags;
     expect_versions(asked ? missing() : "");
@@ -90,8 +83,7 @@ TEST_F(Java, OfTheMachine) {
   expect_versions(home + path("jdk") + "\n" + java + " -version PHM=\n\n");
   set_environment("JAVA_HOME", std::string(5000, 'j').c_str());
   expect_versions(home + std::string(4054, 'j') +
-                  "ERROR: The path of 5009 characters is longer than 255 and is not used: " +
-                  std::string(200, 'j') + "...\n\n");
+                  test::too_long("path", std::string(5000, 'j') + "/bin/java") + "\n");
   set_environment("JAVA_HOME", nullptr);
   const std::string old_path = std::getenv("PATH");
   set_environment("PATH", (path("jdk/bin") + ":" + old_path).c_str());
