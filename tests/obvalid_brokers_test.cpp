@@ -174,16 +174,14 @@ TEST_F(Brokers, ValidationCommand) {
               result);
     return fs::exists(path("r")) ? test::without_header(read_file(path("r"))) : "no report";
   };
-  const std::string brokers = test::title("Validation of Ostrel Broker properties file") + start() +
-                              banner("DX") + "\n\n" + read_file(path("output")) +
-                              startup_missing() + "\nINFORMATION: Copying " + properties() +
-                              " as obroker.properties.101B\n\n";
+  const std::string copying =
+      "\nINFORMATION: Copying " + properties() + " as obroker.properties.101B\n\n";
   const std::string manager =
       "\n\n" + test::title("Validation of Connection Manager properties file");
   const std::string end = "\n==End of Log==\n";
-  EXPECT_EQ(command(0), brokers + manager +
-                            "INFORMATION: Skipping this validation (dbconfig script not found)\n" +
-                            end);
+  EXPECT_TRUE(command(0).ends_with(
+      startup_missing() + copying + manager +
+      "INFORMATION: Skipping this validation (dbconfig script not found)\n" + end));
   EXPECT_EQ(read_file(path("copies/obroker.properties.101B")), "brokers\n");
   EXPECT_EQ(OBCopyFiles(path("r").c_str(), "one", "10.1B", path("copies").c_str()), 1);
   EXPECT_EQ(OBCopyFiles(path("r").c_str(), "one", "10.1b03", path("copies").c_str()), 0);
@@ -192,9 +190,9 @@ TEST_F(Brokers, ValidationCommand) {
   make_tool(dir() + "/bin/dbconfig", "echo \"$*\"");
   const std::string own_manager = dir() + "/properties/conmgr.properties";
   const std::string copy_failed = "ERROR: Could not copy file, errno = 2\n\n";
-  EXPECT_EQ(command(10016), brokers + copy_failed + manager +
-                                "ERROR: Could not find Connection Manager properties file: " +
-                                own_manager + "\n" + end);
+  EXPECT_TRUE(command(10016).ends_with(
+      copying + copy_failed + manager +
+      "ERROR: Could not find Connection Manager properties file: " + own_manager + "\n" + end));
   write_file(own_manager, "");
   EXPECT_EQ(written_by([&] { EXPECT_EQ(ValidateConMgr(&record_, "", 1, "/nosuch"), 10018); }),
             "VALIDATING: " + own_manager + "\n\n" + own_manager + "\n\nINFORMATION: Copying " +
