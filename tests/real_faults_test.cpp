@@ -11,13 +11,13 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <utility>
 
+#include "support/commands.h"
 #include "support/sit_test.h"
 
 namespace {
@@ -26,39 +26,14 @@ namespace fs = std::filesystem;
 using test::read_file;
 using test::set_environment;
 
-constexpr const char* kReport = "disk/reports/r";
-constexpr const char* kCopies = "disk/copies";
-constexpr const char* kTemporary = "disk/tmp";
+using test::Command;
+using test::kCopies;
+using test::kReport;
+using test::kTemporary;
+using test::Opens;
+
 constexpr const char* kLog = "disk/copies/orders.broker.log";
 const std::string kBefore = std::string(4095, 'b') + "\n";  // a page: no room is left in its last
-
-struct Command {
-  const char* name;
-  int (*run)();
-  bool makes_report = false;  // else it appends to one
-  bool tells_closing = true;  // its result is that of closing the report
-};
-const Command kCommands[] = {
-    {"GetSysInfo", [] { return GetSysInfo(kReport, 0, 0, 1); }},
-    {"GetVersInfo", [] { return GetVersInfo(kReport, 0, 1, 1); }},
-    {"GetEnvironInfo", [] { return GetEnvironInfo(kReport, 0, 1); }},
-    {"GetPelCFGInfo", [] { return GetPelCFGInfo(kReport, "10.1B", 1024, 1, 1); }},
-    {"GetPelInstFiles", [] { return GetPelInstFiles(kReport, "10.1B", 1024, 0, 1); }},
-    {"GetPelSecurityLog", [] { return GetPelSecurityLog(kReport, "10.1B", 1024, 0, 1); }},
-    {"GetOBValidationInfo",
-     [] { return GetOBValidationInfo(kCopies, kReport, "10.1B", 1024, 0, "", ""); }},
-    {"GetNetscapeInfo", [] { return GetNetscapeInfo(kReport, "sample/netscape", "shop"); }, true},
-    {"GetApacheInfo", [] { return GetApacheInfo(kReport, "sample/apache"); }, true},
-    {"OBCopyFiles", [] { return OBCopyFiles(kReport, "orders", "10.1B03", kCopies); }, false,
-     false},
-    {"RunCommand", [] { return RunCommand("echo x", "", 0, kCopies, ".", "out", kReport); }, false,
-     false},
-    {"GetDelvonFiles",
-     [] {
-       char folder[SIT_PATH_BYTES] = "disk/copies";
-       return GetDelvonFiles(kReport, folder, "2.1A:10.1B03");
-     },
-     false, false}};
 
 struct Outcome {
   std::string command;
@@ -222,7 +197,7 @@ class RealFault : public test::SitTest, public testing::WithParamInterface<Fault
   static void prepare(const Command& command) {
     for (const auto& entry : fs::directory_iterator(kCopies)) fs::remove_all(entry);
     fs::remove(kReport);
-    if (!command.makes_report) test::write_file(kReport, kBefore);
+    if (command.opens != Opens::kAnew) test::write_file(kReport, kBefore);
   }
   // What the report says at any time: its lines without digits, and without the test's own mounts.
   static std::string report() {
@@ -238,26 +213,27 @@ class RealFault : public test::SitTest, public testing::WithParamInterface<Fault
 
 TEST_P(RealFault, HurtsNothing) {
   const Fault& fault = GetParam();
-  for (const Command& command : kCommands) {
+  for (const Command& command : test::kCommands) {
     SCOPED_TRACE(command.name);
     prepare(command);
-    EXPECT_EQ(command.run(), 0);
+    EXPECT_EQ(command.run(kReport, SIT_APPEND), 0);
     const std::string sound = report();
 
     prepare(command);
     const std::vector<int> descriptors = test::open_descriptors();
     const bool has_begun = fault.begin();
-    const int result = has_begun ? command.run() : 0;
+    const int result = has_begun ? command.run(kReport, SIT_APPEND) : 0;
     fault.end();
     if (!has_begun) GTEST_SKIP() << "this machine does not allow it";
-    Outcome expected{command.name, command.tells_closing ? fault.closing : 0};
+    Outcome expected{command.name, command.opens == Opens::kAtEnd ? 0 : fault.closing};
     for (const Outcome& other : fault.outcomes) {
       if (other.command == command.name) expected = other;
     }
     EXPECT_EQ(result, expected.result);
     const std::string text = fs::exists(kReport) ? read_file(kReport) : "";
     EXPECT_NE(text.find(expected.says), std::string::npos) << text;
-    EXPECT_TRUE(command.makes_report || text.starts_with(kBefore)) << "lost what was there";
+    EXPECT_TRUE(command.opens == Opens::kAnew || text.starts_with(kBefore))
+        << "lost what was there";
     const bool is_harmless = fault.closing == 0 && fault.outcomes.empty();
     EXPECT_TRUE(!is_harmless || report() == sound) << text;
     EXPECT_EQ(test::open_descriptors(), descriptors);
@@ -266,7 +242,7 @@ TEST_P(RealFault, HurtsNothing) {
     EXPECT_TRUE(!fs::exists(kLog) || fs::file_size(kLog) > 1048000) << "half a copy was left";
 
     prepare(command);
-    EXPECT_EQ(command.run(), 0) << "afterwards";
+    EXPECT_EQ(command.run(kReport, SIT_APPEND), 0) << "afterwards";
     EXPECT_EQ(report(), sound) << "afterwards";
   }
 }
@@ -344,21 +320,6 @@ TEST_F(SmallDisk, FilledByTheOutputOfACommand) {
                        "file cannot grow, errno = 28\ny\ny\n"))
       << text.substr(0, 200);
   EXPECT_GT(text.size(), 60000U) << "what there was room for is kept";
-}
-
-class LargeHost : public test::SitTest {};
-
-// No page tables are copied.
-TEST_F(LargeHost, RunsCommandsAsFastAsASmallOne) {
-  const auto milliseconds = [this] {
-    const auto start = std::chrono::steady_clock::now();
-    for (int i = 0; i < 50; ++i) EXPECT_EQ(execcmd("true", path("out").c_str()), 0);
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count() * 20;
-  };
-  const double in_small_host = milliseconds();
-  ASSERT_TRUE(grow_by_a_gigabyte());
-  EXPECT_LT(milliseconds(), 5 * in_small_host);
-  ::munmap(std::exchange(resident, nullptr), kGigabyte);
 }
 
 }  // namespace
