@@ -1,10 +1,14 @@
 #include <fcntl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
+#include <ctime>
 #include <filesystem>
 
 #include "support/sit_test.h"
@@ -45,6 +49,7 @@ TEST_F(Report, WritersSayExactlyThis) {
   EXPECT_EQ(written_by([] {
               LogTitle("OS Version");
               LogTitle("");
+              LogTitle(std::string(170, 't').c_str());
               LogMsg("%s %s\n", "100%d", "%%");
               LogString("%s verbatim\n");
               LogMsgV("two\nlines %d\n", 2);
@@ -54,8 +59,10 @@ TEST_F(Report, WritersSayExactlyThis) {
               print_stat_line();
             }),
             "VERBOSE: \n**Verbose Mode **\n"
-            "OS Version\n==========\n\n\n\n\n100%d %%\n%s verbatim\nVERBOSE: two\nlines 2\n"
-            "VERBOSE: " +
+            "OS Version\n==========\n\n\n\n\n" +
+                std::string(170, 't') + "\n" + std::string(170, '=') +
+                "\n\n100%d %%\n%s verbatim\nVERBOSE: two\nlines 2\n"
+                "VERBOSE: " +
                 std::string(4095, 'v') + "\n" + std::string(80, '=') + "\n\n");
 }
 
@@ -135,11 +142,75 @@ TEST_F(Report, SignalsOfWriting) {
   EXPECT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);
   EXPECT_EQ(LogClose(0), EFBIG);
   ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  sigset_t blocked;
+  ::sigemptyset(&blocked);
+  ::sigaddset(&blocked, SIGPIPE);
+  ::sigprocmask(SIG_BLOCK, &blocked, nullptr);
+  std::raise(SIGPIPE);
+  EXPECT_EQ(LogOpen("/dev/null", SIT_APPEND), 0);
+  EXPECT_EQ(LogClose(0), 0);
+  int taken = 0;
+  EXPECT_EQ(::sigwait(&blocked, &taken), 0) << "the host's own signal";
+  ::sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
   sigset_t left;
   ::sigpending(&left);
   EXPECT_TRUE(sigisemptyset(&left));
   ::sigprocmask(SIG_BLOCK, nullptr, &left);
   EXPECT_TRUE(sigisemptyset(&left)) << "the mask is as before";
+}
+
+TEST_F(Report, SlowReaderAndHostUnderATimer) {
+  ASSERT_EQ(::mkfifo(path("fifo").c_str(), 0600), 0);
+  const int reader = ::open(path("fifo").c_str(), O_RDONLY | O_NONBLOCK);
+  const pid_t child = ::fork();
+  if (child == 0) {
+    ::dup2(reader, STDIN_FILENO);
+    ::fcntl(STDIN_FILENO, F_SETFL, 0);
+    const std::string command = "sleep 0.1; exec cat >" + path("out");
+    ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+  }
+  struct sigaction interrupt {};
+  interrupt.sa_handler = [](int) {};
+  ::sigaction(SIGALRM, &interrupt, nullptr);
+  itimerval often{{0, 10000}, {0, 10000}};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  const std::string text(200000, 'x');
+  EXPECT_EQ(LogOpen(path("fifo").c_str(), SIT_APPEND), 0);
+  ::close(reader);
+  EXPECT_EQ(LogString(text.c_str()), 0);
+  EXPECT_EQ(LogClose(0), 0);
+  often = {};
+  ::setitimer(ITIMER_REAL, &often, nullptr);
+  EXPECT_EQ(::waitpid(child, nullptr, 0), child);
+  EXPECT_TRUE(read_file(path("out")) == text + "\n");
+}
+
+TEST_F(Report, HeaderSaysWhoWhereAndWhen) {
+  ::umask(0);
+  test::set_environment("TZ", "EAST-5");
+  ::tzset();
+  SIT_Initiate();
+  EXPECT_EQ(pc->userName + std::string("\n"), test::run("id -un").output);
+  EXPECT_EQ(getHost(nullptr), 1);
+  const std::string report = path("r");
+  const auto now = [] { return test::run("date '+%a %b %e %T %Y'").output; };
+  for (const std::string host : {"box", ""}) {
+    stcopy(pc->userName, "ann");
+    stcopy(pc->hostName, host.c_str());
+    const std::string before = now();
+    EXPECT_EQ(LogOpen(report.c_str(), SIT_CREATE), 0);
+    EXPECT_EQ(LogClose(0), 0);
+    const std::string machine = host.empty() ? "** ERROR: Can't get machine name\n"
+                                             : "Machine Name        : " + host + "\n";
+    const auto with_time = [&](const std::string& time) {
+      return "     P E L L O R A N     P E L I N V E N T O R Y     T O O L\n\n"
+             "Version             : 11.6\nUser Name           : ann\n" +
+             machine + "Date and Time       : " + time + "\n" + std::string(80, '=') + "\n\n\n";
+    };
+    const std::string text = read_file(report);
+    EXPECT_TRUE(text == with_time(before) || text == with_time(now())) << text;
+  }
+  EXPECT_EQ(FileExists(report.c_str()) & 0777U, 0666U) << "the host's umask decides";
 }
 
 TEST_F(Report, NothingOpenThenFullDisk) {
