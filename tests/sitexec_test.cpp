@@ -1,7 +1,10 @@
+#include <sys/stat.h>
+
+#include <cerrno>
 #include <cstddef>
 #include <filesystem>
-#include <fstream>
 
+#include "support/commands.h"
 #include "support/sit_test.h"
 
 namespace {
@@ -31,20 +34,16 @@ TEST_F(Session, RecordLayouts) {
 
 TEST_F(Session, InitiatedByTheFirstCommand) {
   EXPECT_EQ(GetEnvironInfo("", 64, 1), SIT_NO_REPORT_PATH);
-  EXPECT_EQ(GetSysInfo(nullptr, 0, 64, 1), SIT_NO_REPORT_PATH);
   EXPECT_EQ(pc, nullptr);
   EXPECT_EQ(IsInitiated, 0);
   PutRecentError("too early");
   char empty[1] = "";
   EXPECT_EQ(RetrieveErrors(empty), 0);
-
   EXPECT_EQ(GetEnvironInfo(path("r").c_str(), 64, 1), 0);
   ASSERT_NE(pc, nullptr);
   EXPECT_EQ(IsInitiated, 1);
   EXPECT_EQ(p_sitfunctbl, &sitfunctbl);
-  EXPECT_EQ(pc->userName, std::string(getusername()));
   EXPECT_EQ(pc->versionsText, nullptr);
-  EXPECT_EQ(pc->osFlags, 0U);
   const SitSession* first = pc;
   EXPECT_EQ(GetEnvironInfo(path("r").c_str(), 64, 1), 0);
   EXPECT_EQ(pc, first);
@@ -68,10 +67,10 @@ TEST_F(Session, ErrorsAreRecordedAndTaken) {
   PutRecentError("no PHM");
   EXPECT_STREQ(pc->errorText, "disk full\nno PHM\n");
   EXPECT_EQ(RetrieveErrors(nullptr), 17);
-  std::string text(10, 'x');
+  std::string text(16, 'x');
   EXPECT_EQ(RetrieveErrors(text.data()), 17);
-  EXPECT_EQ(text, std::string(10, 'x'));
-  text = std::string(20, 'x');
+  EXPECT_EQ(text, std::string(16, 'x'));
+  text += 'x';
   for (const char* taken : {"disk full\nno PHM\n", ""}) {
     EXPECT_EQ(RetrieveErrors(text.data()), 0);
     EXPECT_STREQ(text.c_str(), taken);
@@ -98,6 +97,44 @@ TEST_F(Session, DiscoversAgainOnRequest) {
   EXPECT_STREQ(first, second);
 }
 
+class Commands : public test::SitTest {};
+
+TEST_F(Commands, ReportsThatCannotBeMade) {
+  std::filesystem::current_path(path(""));
+  ASSERT_EQ(test::run(EXAMPLES "/install sample && mkdir -p disk/reports disk/copies").status, 0);
+  ASSERT_EQ(::mkfifo("fifo", 0600), 0);
+  set_environment("PHM", path("sample/pel").c_str());
+  set_environment("DELVONINIT", path("sample/delvon/delvon.ini").c_str());
+  const std::string longest(256, 'r');
+  // What a command returns, and what one that opens the report only at its end.
+  struct Case {
+    const char* report;
+    int mode;
+    int code;
+    int code_at_end;
+  };
+  for (const auto& [report, mode, code, code_at_end] :
+       {Case{"disk/reports/r", SIT_CREATE, 0, 0}, Case{"", SIT_CREATE, SIT_NO_REPORT_PATH, ENOENT},
+        Case{longest.c_str(), SIT_CREATE, SIT_PATH_TOO_LONG, SIT_PATH_TOO_LONG},
+        Case{"missing/r", SIT_CREATE, ENOENT, ENOENT}, Case{"disk", SIT_CREATE, EISDIR, EISDIR},
+        Case{"fifo", SIT_CREATE, ENXIO, ENXIO}, Case{"/dev/full", SIT_CREATE, ENOSPC, 0},
+        Case{nullptr, SIT_CREATE, SIT_NO_REPORT_PATH, 0},
+        Case{"disk/reports/r", 7, SIT_BAD_OPEN_MODE, 0}}) {
+    for (const test::Command& command : test::kCommands) {
+      if (mode == 7 && command.opens != test::Opens::kByMode) continue;
+      std::filesystem::remove_all("disk/copies/Delvon21APel101B");
+      const int expected = command.opens == test::Opens::kAtEnd ? code_at_end : code;
+      EXPECT_EQ(command.run(report, mode), expected)
+          << command.name << " " << (report == nullptr ? "(null)" : report) << " " << mode;
+    }
+  }
+  for (const auto& entry : std::filesystem::directory_iterator(temporary())) {
+    EXPECT_TRUE(read_file(entry.path()).ends_with("\n\n")) << "a report nobody has named";
+    std::filesystem::remove(entry);
+  }
+  std::filesystem::current_path("/");
+}
+
 class Environment : public test::SitTest {};
 
 TEST_F(Environment, OpenModesAndEndMarks) {
@@ -116,8 +153,6 @@ TEST_F(Environment, OpenModesAndEndMarks) {
     EXPECT_TRUE(appended.starts_with("old\n" + title)) << appended.substr(0, 200);
     EXPECT_FALSE(appended.ends_with("==End of Log==\n"));
   }
-  EXPECT_EQ(GetEnvironInfo(path("missing/r").c_str(), 64, 1), ENOENT);
-  EXPECT_EQ(GetEnvironInfo("/dev/full", 0, 1), ENOSPC);
 }
 
 int slot_calls = 0;
@@ -163,8 +198,6 @@ TEST_F(Versions, NoInstallation) {
   EXPECT_STREQ(pc->reportDir, "");
   EXPECT_EQ(GetPelVers(report.c_str(), 64, 1), 0);
   EXPECT_EQ(without_header(read_file(report)), pelloran_section(messages) + "\n==End of Log==\n");
-  EXPECT_EQ(GetPelVers("", 64, 1), SIT_NO_REPORT_PATH);
-  EXPECT_EQ(GetJavaVers(nullptr, 64, 1), SIT_NO_REPORT_PATH);
 }
 
 TEST_F(Versions, ProductIndependent) {
