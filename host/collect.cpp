@@ -218,7 +218,7 @@ class Collecting {
     folder_.remove_temporary();
     folder_.tidy_names();
     Contents contents = settle(folder_, options_.caps);
-    if (format_ == nullptr) contents.others.clear();  // they are where they were
+    if (format_ == nullptr) contents.absent.clear();  // it is where it was
     const Collection collection{
         .tool_version = SIT_VERSION,
         .plugin_version = supervisor_.plugin_version(),

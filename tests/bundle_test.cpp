@@ -25,7 +25,8 @@ class Bundle : public test::CollectTest {
 };
 
 TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
-  const std::string lasting = " --only capture --capture 'seq 50000; mkdir d; date > d/left'";
+  const std::string lasting =
+      " --only capture --capture 'seq 50000; mkdir d; date > d/left; chmod 0 d'";
   for (const std::string format : {"xz", "gz", "zst"}) {
     const Collected made = collect("--format " + format + lasting);
     EXPECT_EQ(made.status, 0) << made.said;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cstdio>
 #include <filesystem>
 
@@ -18,19 +19,28 @@ namespace fs = std::filesystem;
 // Below this length a file would be little more than the line that tells of the cut.
 constexpr std::uint64_t kLeast = 1024;
 
-void list_into(Contents& contents, const fs::path& root) {
+// Lists what is below this folder, whose path in the collection ends in "/" or is empty.
+void list_into(Contents& contents, const OutputFolder& whole, const std::string& folder) {
   std::error_code error;
-  for (fs::recursive_directory_iterator entry(root, error), end; entry != end;
+  std::vector<std::string> names;
+  for (fs::directory_iterator entry(whole.way() / folder, error), end; entry != end;
        entry.increment(error)) {
-    const fs::file_type type = entry->symlink_status(error).type();
-    const std::string name = entry->path().lexically_relative(root).string();
-    if (type == fs::file_type::regular) contents.files.push_back(name);
-    if (type != fs::file_type::regular && type != fs::file_type::directory) {
-      contents.others.push_back(name);
+    names.push_back(folder + entry->path().filename().string());
+  }
+  if (error) contents.absent.push_back({folder, "cannot be read: " + error_text(error.value())});
+  std::sort(names.begin(), names.end());
+  for (const std::string& name : names) {
+    const fs::file_type type = fs::symlink_status(whole.way() / name, error).type();
+    if (type == fs::file_type::directory) {
+      list_into(contents, whole, name + "/");
+    } else if (type != fs::file_type::regular) {
+      contents.absent.push_back({name, "it is no file"});
+    } else if (!whole.open(name).is_open()) {
+      contents.absent.push_back({name, "cannot be read: " + error_text(errno)});
+    } else {
+      contents.files.push_back(name);
     }
   }
-  std::sort(contents.files.begin(), contents.files.end());
-  std::sort(contents.others.begin(), contents.others.end());
 }
 
 // The length to which files must be cut so that all of them together keep to `all`.
@@ -82,7 +92,7 @@ std::uint64_t cut(const OutputFolder& folder, const std::string& file, std::uint
 
 Contents settle(const OutputFolder& folder, const Caps& caps) {
   Contents contents;
-  list_into(contents, folder.way());
+  list_into(contents, folder, "");
   std::vector<std::uint64_t> sizes;
   for (const std::string& file : contents.files) {
     sizes.push_back(std::min(folder.size_of(file), caps.file));

@@ -22,10 +22,16 @@ struct Cut {
   std::uint64_t left_out;  // 0: it could not be cut
 };
 
+// Something that cannot go home: a link or FIFO, or what cannot be read.
+struct Absent {
+  std::string name;
+  std::string why;
+};
+
 struct Contents {
   std::vector<std::string> files;  // by their path below the folder
   std::vector<Cut> cuts;
-  std::vector<std::string> others;  // neither file nor folder: links, FIFOs
+  std::vector<Absent> absent;
 };
 
 // Lists what is in the folder, and cuts what is too long. So that all of it keeps to its cap, the

@@ -144,8 +144,8 @@ std::vector<Problem> problems_of(const Collection& collection) {
                                      seconds_text(command.seconds) + " s"});
   }
   for (const Cut& cut : collection.contents.cuts) problems.add(problem_of(cut));
-  for (const std::string& other : collection.contents.others) {
-    problems.add({kUnreadable, other + " is not in the archive: it is no file"});
+  for (const Absent& absent : collection.contents.absent) {
+    problems.add({kUnreadable, absent.name + " is not in the archive: " + absent.why});
   }
   return problems.take();
 }

@@ -50,6 +50,7 @@ Descriptor make_folder(int parent, std::string& name) {
 
 void tidy_names_in(const fs::path& folder) {
   std::error_code error;
+  fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, error);
   std::vector<fs::path> all;
   for (fs::directory_iterator entry(folder, error); entry != fs::directory_iterator();
        entry.increment(error)) {

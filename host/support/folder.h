@@ -49,7 +49,7 @@ class OutputFolder {
 
   void remove(const std::string& file) const;
 
-  // Gives whatever is in it a name that is safe to have.
+  // Gives whatever is in it a name that is safe to have, and its owner access to all folders.
   void tidy_names() const;
 
   // Nobody has removed it meanwhile.
