@@ -5,7 +5,6 @@
 #include <string>
 #include <tuple>
 
-#include "commutils/bounded_text.h"
 #include "support/sit_test.h"
 
 namespace {
@@ -134,24 +133,6 @@ TEST(Texts, Hexadecimal) {
   EXPECT_EQ(taken(strtohexmax(bytes, 5, 5)), "0a ff 00 7f 80 ");
   EXPECT_EQ(taken(strtohexmax(bytes, 1, 9)), "0a ");
   EXPECT_EQ(taken(strtohexmax(bytes, -1, -1)), "");
-}
-
-TEST(BoundedText, TakesPiecesWholeOrNotAtAll) {
-  struct {
-    std::array<char, 4> before{'#', '#', '#', '#'};
-    sit::BoundedText<16> text;
-    std::array<char, 4> after{'#', '#', '#', '#'};
-  } guarded;
-  for (std::size_t length = 0; length <= 20; ++length) {
-    guarded.text = {};
-    ASSERT_TRUE(guarded.text.append("ab"));
-    const bool fits = guarded.text.append({std::string(length, 'x'), "/", "y"});
-    EXPECT_EQ(fits, length + 4 <= 15) << length;
-    EXPECT_EQ(guarded.text.view(), fits ? "ab" + std::string(length, 'x') + "/y" : "ab");
-    EXPECT_EQ(std::string(guarded.text.c_str()), guarded.text.view());
-    EXPECT_EQ(std::string(guarded.before.data(), 4) + std::string(guarded.after.data(), 4),
-              "########");
-  }
 }
 
 }  // namespace

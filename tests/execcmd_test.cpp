@@ -141,11 +141,12 @@ TEST_F(Command, HostThatReapsEveryChild) {
     std::signal(SIGCHLD, handler);
     EXPECT_EQ(written_by([this] {
                 EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
-                EXPECT_EQ(execute("true"), SIT_FAILED);
+                EXPECT_EQ(execute("exec grep SigIgn /proc/self/status"), SIT_FAILED);
               }),
               "WARNING: The host took the results of the commands (SIGCHLD), which therefore count "
               "as failed.\n");
     EXPECT_LT(seconds_, 0.9);
+    EXPECT_EQ(output(), "SigIgn:\t0000000000000000\n");
     EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), handler);
   }
 }
@@ -205,20 +206,25 @@ TEST_F(Command, StoppedHostDoesNotTakeItsCommandForHung) {
   EXPECT_EQ(status, 0);
 }
 
+// Lets the kernel refuse what the instructions, which begin with the number of a call, end at.
+template <std::size_t Count>
+void filter_calls(sock_filter (&instructions)[Count]) {
+  const sock_fprog program{Count, instructions};
+  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+}
+
 // Nor one that lets a child borrow its parent's memory, or closes many descriptors at once.
 TEST_F(Command, KernelWithoutPidfd) {
-  constexpr unsigned kRefused = SECCOMP_RET_ERRNO | ENOSYS;
   sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 4, 0),
                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 3, 0),
                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 3),
                           BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
                           BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, CLONE_VFORK, 0, 1),
-                          BPF_STMT(BPF_RET | BPF_K, kRefused),
+                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-  const sock_fprog program{std::size(refuse), refuse};
-  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+  filter_calls(refuse);
   interrupt_often();
   const int leaky = ::open("/dev/null", O_RDONLY);
   EXPECT_EQ(execute("sleep 1.2; test -e /proc/$$/fd/" + std::to_string(leaky) + " || exit 7"),
@@ -234,9 +240,7 @@ TEST_F(Command, MachineWithoutRoomForAProcess) {
                           BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-  const sock_fprog program{std::size(refuse), refuse};
-  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
+  filter_calls(refuse);
   EXPECT_EQ(written_by([] { LogCmdOutput("true", nullptr); }),
             "Error forking true, returned -1\nFailed to capture output from true\n");
 }

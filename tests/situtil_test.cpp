@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -29,6 +30,11 @@ TEST_F(Capture, OutputStandsInTheReportWhateverTheStatus) {
               LogCmdOutput("printf 'a\\0%%d\\377'", nullptr);
             }),
             std::string("out\nerr\n600\na\0%d\377", 17));
+  rlimit before{};  // below the few KB that are tried out
+  const rlimit small{8192, RLIM_INFINITY};
+  ASSERT_EQ(::prlimit(0, RLIMIT_FSIZE, &small, &before), 0);
+  EXPECT_EQ(written_by([] { LogCmdOutput("printf %05000d 0", nullptr); }), std::string(5000, '0'));
+  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
   EXPECT_EQ(written_by([this] { LogCmdOutput("echo kept", path("kept").c_str()); }), "");
   EXPECT_EQ(read_file(path("kept")), "kept\n");
 }

@@ -14,4 +14,8 @@ __attribute__((visibility("default"))) void leave_a_file_and_go() {
   if (::chdir("/tmp") != 0) std::perror("chdir");
 }
 
+// What no library has is missed only when it is called.
+void missing_everywhere();
+__attribute__((visibility("default"))) void call_in_vain() { missing_everywhere(); }
+
 }  // extern "C"
