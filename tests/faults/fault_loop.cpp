@@ -68,8 +68,8 @@ Trace trace_of_last_run() {
   }
   for (const auto& entry : fs::recursive_directory_iterator(test::kCopies)) {
     // What RunCommand captures is a report, too.
-    if (entry.is_regular_file() && entry.path().filename() != "out")
-      trace.copies[entry.path()] = entry.file_size();
+    if (!entry.is_regular_file() || entry.path().filename() == "out") continue;
+    trace.copies[entry.path()] = entry.file_size();
   }
   return trace;
 }
@@ -118,14 +118,14 @@ std::string fault_found(const Command& command, int code, const std::vector<int>
 
 enum Exit { kGood, kFaulty, kNoFaultMet };
 
-void find_logs() { GetOBValidationInfo(kTemporary, "validation", "10.1B", SIT_CREATE, 0, "", ""); }
-
 void prepare(const Command& command) {
   make_folders();
-  if (std::string(command.name) == "OBCopyFiles") find_logs();
+  if (std::string(command.name) != "OBCopyFiles") return;
+  GetOBValidationInfo(kTemporary, "validation", "10.1B", SIT_CREATE, 0, "", "");
   make_folders();
 }
 
+// A run in this process, with the n-th call of the group failing.
 Exit run_once(const Command& command, const std::string& group, int n, Span span) {
   prepare(command);
   const std::vector<int> descriptors = open_descriptors();
