@@ -17,21 +17,19 @@ class AdminServer : public test::InstallationTest {
 
 TEST_F(AdminServer, PluginsFilesAndControlScripts) {
   EXPECT_EQ(GetAdmSrvWrkDir("10.1B03"), nullptr) << "no script";
-  expect_rows("obvalid", {{"plugins",
-                           [&](const Row& row) {
-                             record_.major = static_cast<short>(row.number(0));
-                             write_file(own_file(record_.major), row.text(1));
-                             std::strcpy(obroker, "as it was");
-                             return std::to_string(ReadPlugins(&record_, "")) + " " + obroker;
-                           }},
-                          {"work directory", [&](const Row& row) {
-                             write_file(dir() + "/bin/peladsv", row.text(0));
-                             std::free(std::exchange(record_.wrkDir, nullptr));
-                             const std::string found = test::taken(GetAdmSrvWrkDir("10.1B03"));
-                             EXPECT_EQ(found,
-                                       record_.wrkDir == nullptr ? "(null)" : record_.wrkDir);
-                             return found == "(null)" ? "" : found;
-                           }}});
+  expect_rows("obvalid", "plugins", [&](const Row& row) {
+    record_.major = static_cast<short>(row.number(0));
+    write_file(own_file(record_.major), row.text(1));
+    std::strcpy(obroker, "as it was");
+    return std::to_string(ReadPlugins(&record_, "")) + " " + obroker;
+  });
+  expect_rows("obvalid", "work directory", [&](const Row& row) {
+    write_file(dir() + "/bin/peladsv", row.text(0));
+    std::free(std::exchange(record_.wrkDir, nullptr));
+    const std::string found = test::taken(GetAdmSrvWrkDir("10.1B03"));
+    EXPECT_EQ(found, record_.wrkDir == nullptr ? "(null)" : record_.wrkDir);
+    return found == "(null)" ? "" : found;
+  });
 }
 
 TEST_F(AdminServer, OfEachKindAndRelease) {

@@ -59,24 +59,21 @@ class Brokers : public test::InstallationTest {
 };
 
 TEST_F(Brokers, LocationOfThePropertiesFile) {
-  expect_rows("obvalid",
-              {{"location", [&](const Row& row) {
-                  record_.major = static_cast<short>(row.number(0));
-                  if (row[2] != nullptr) name_location(row[2]);
-                  fs::remove_all(properties());
-                  if (row.text(3) == "file") write_file(properties(), "brokers\n");
-                  if (row.text(3) == "folder") fs::create_directory(properties());
-                  const char* named = row.text(1) == "same" ? record_.pluginsFile : row[1];
-                  int result = -1;
-                  std::string report = written_by([&] {
-                    result = ValidateOB(&record_, named, nullptr, 0, path("copies").c_str());
-                  });
-                  if (report.ends_with(startup_missing())) {
-                    report.replace(report.size() - startup_missing().size(), std::string::npos,
-                                   "and startup.pf");
-                  }
-                  return std::to_string(result) + " " + report;
-                }}});
+  expect_rows("obvalid", "location", [&](const Row& row) {
+    record_.major = static_cast<short>(row.number(0));
+    if (row[2] != nullptr) name_location(row[2]);
+    fs::remove_all(properties());
+    if (row.text(3) == "file") write_file(properties(), "brokers\n");
+    if (row.text(3) == "folder") fs::create_directory(properties());
+    const char* named = row.text(1) == "same" ? record_.pluginsFile : row[1];
+    int result = -1;
+    std::string report = written_by(
+        [&] { result = ValidateOB(&record_, named, nullptr, 0, path("copies").c_str()); });
+    if (report.ends_with(startup_missing())) {
+      report.replace(report.size() - startup_missing().size(), std::string::npos, "and startup.pf");
+    }
+    return std::to_string(result) + " " + report;
+  });
   record_.major = 8;
   const std::string plugins = own();
   move_to("/" + std::string(240, 'd'));
@@ -90,14 +87,13 @@ TEST_F(Brokers, LocationOfThePropertiesFile) {
 TEST_F(Brokers, OutputOfCheckTools) {
   const std::string tool = dir() + "/bin/a \"$(b)`c`";
   make_tool(tool, "cat " + path("output"));
-  expect_rows("obvalid", {{"check", [&](const Row& row) {
-                             write_file(path("output"), row.text(2));
-                             int result = -1;
-                             const std::string report = written_by([&] {
-                               result = ValidateOBInstance("1", tool.c_str(), row[1], "x", row[0]);
-                             });
-                             return std::to_string(result) + " " + report + taken_parameter_files();
-                           }}});
+  expect_rows("obvalid", "check", [&](const Row& row) {
+    write_file(path("output"), row.text(2));
+    int result = -1;
+    const std::string report =
+        written_by([&] { result = ValidateOBInstance("1", tool.c_str(), row[1], "x", row[0]); });
+    return std::to_string(result) + " " + report + taken_parameter_files();
+  });
   EXPECT_EQ(ValidateOBInstance("1", "", nullptr, nullptr, "AP"), 10000);
   make_tool(tool, "printf '<%s>' \"$@\"");
   std::strcpy(obroker, "/it's $HOME");
@@ -112,18 +108,17 @@ TEST_F(Brokers, OutputOfCheckTools) {
 }
 
 TEST_F(Brokers, ParameterFilesAndNames) {
-  expect_rows("obvalid",
-              {{"parameter", [](const Row& row) { return test::taken(GetPFValue(row[0])); }},
-               {"list",
-                [](const Row& row) {
-                  Add_pf_name(row[0], row[1]);
-                  return taken_parameter_files();
-                }},
-               {"name", [](const Row& row) {
-                  char buffer[255] = "before";
-                  const int result = SetObjectName(buffer, row[0]);
-                  return std::to_string(result) + " " + buffer;
-                }}});
+  expect_rows("obvalid", "parameter",
+              [](const Row& row) { return test::taken(GetPFValue(row[0])); });
+  expect_rows("obvalid", "list", [](const Row& row) {
+    Add_pf_name(row[0], row[1]);
+    return taken_parameter_files();
+  });
+  expect_rows("obvalid", "name", [](const Row& row) {
+    char buffer[255] = "before";
+    const int result = SetObjectName(buffer, row[0]);
+    return std::to_string(result) + " " + buffer;
+  });
   for (const char* value : {"/w/ab", "/w/a", "/c", "/w/ab"}) Add_pf_name(nullptr, value);
   EXPECT_EQ(taken_parameter_files(), "/w/ab,/c");
 }

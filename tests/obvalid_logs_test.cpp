@@ -64,17 +64,15 @@ class Logs : public test::InstallationTest {
 };
 
 TEST_F(Logs, CheckToolLinesMoreThanTheTableHolds) {
-  expect_rows("obvalid", {{"log file",
-                           [](const Row& row) {
-                             char output[255] = "before";
-                             const int result =
-                                 ReadPropertyValue_From_Validation(row[0], "logFile", output);
-                             return std::to_string(result) + " " + output;
-                           }},
-                          {"databases", [this](const Row& row) {
-                             clear_table();
-                             return note_databases(row.text(0));
-                           }}});
+  expect_rows("obvalid", "log file", [](const Row& row) {
+    char output[255] = "before";
+    const int result = ReadPropertyValue_From_Validation(row[0], "logFile", output);
+    return std::to_string(result) + " " + output;
+  });
+  expect_rows("obvalid", "databases", [this](const Row& row) {
+    clear_table();
+    return note_databases(row.text(0));
+  });
   EXPECT_EQ(Populate_Logs_Table_ConMgr("/nosuch", "1"), 0);
   clear_table();
   const char* lines[][3] = {

@@ -58,47 +58,42 @@ TEST_F(Discovery, VersionFilesSelectorsAndTexts) {
   const auto numbers = [](const PHMVER& record) {
     return " " + std::to_string(record.major) + " " + std::to_string(record.minor);
   };
-  expect_rows("pelver", {{"version file",
-                          [&](const Row& row) {
-                            write_file(version_file(), row.text(0));
-                            pphm = nullptr;
-                            std::string said = discover();
-                            const std::string end = "'\nExtracted from " + version_file() + "\n\n";
-                            const std::size_t quote = pphm->version == nullptr ? 0 : 1;
-                            EXPECT_TRUE(said.starts_with(using_phm())) << said;
-                            EXPECT_TRUE(said.ends_with(end.substr(quote))) << said;
-                            said.resize(said.size() - end.size() + quote);
-                            EXPECT_EQ(text_of(pphm->fullVersion), text_of(pphm->version));
-                            EXPECT_STREQ(pphm->maintLevel, "");
-                            EXPECT_EQ(pphm->dir, installation_);
-                            return said.substr(using_phm().size()) + " => " +
-                                   text_of(pphm->version) + numbers(*pphm);
-                          }},
-                         {"selector",
-                          [](const Row& row) {
-                            std::string accepted;
-                            for (const unsigned kind : {0U, 1U, 2U, 4U, 32U, 64U, 3U}) {
-                              const PHMVER record = record_with(nullptr, kind);
-                              accepted += std::to_string(IsCorrectProduct(&record, row.number(0)));
-                            }
-                            return accepted;
-                          }},
-                         {"release",
-                          [](const Row& row) {
-                            std::string version = row.text(0);
-                            RmPatchInfoPHM(version.data());
-                            return std::string(version.c_str());
-                          }},
-                         {"numbers",
-                          [&](const Row& row) {
-                            PHMVER record{};
-                            record.major = record.minor = -1;
-                            ParseVerString(row[0], &record);
-                            return numbers(record).substr(1);
-                          }},
-                         {"file name", [](const Row& row) {
-                            return text_of(AppendVerLogFile(row[0], row.number(1), row[2]));
-                          }}});
+  expect_rows("pelver", "version file", [&](const Row& row) {
+    write_file(version_file(), row.text(0));
+    pphm = nullptr;
+    std::string said = discover();
+    const std::string end = "'\nExtracted from " + version_file() + "\n\n";
+    const std::size_t quote = pphm->version == nullptr ? 0 : 1;
+    EXPECT_TRUE(said.starts_with(using_phm())) << said;
+    EXPECT_TRUE(said.ends_with(end.substr(quote))) << said;
+    said.resize(said.size() - end.size() + quote);
+    EXPECT_EQ(text_of(pphm->fullVersion), text_of(pphm->version));
+    EXPECT_STREQ(pphm->maintLevel, "");
+    EXPECT_EQ(pphm->dir, installation_);
+    return said.substr(using_phm().size()) + " => " + text_of(pphm->version) + numbers(*pphm);
+  });
+  expect_rows("pelver", "selector", [](const Row& row) {
+    std::string accepted;
+    for (const unsigned kind : {0U, 1U, 2U, 4U, 32U, 64U, 3U}) {
+      const PHMVER record = record_with(nullptr, kind);
+      accepted += std::to_string(IsCorrectProduct(&record, row.number(0)));
+    }
+    return accepted;
+  });
+  expect_rows("pelver", "release", [](const Row& row) {
+    std::string version = row.text(0);
+    RmPatchInfoPHM(version.data());
+    return std::string(version.c_str());
+  });
+  expect_rows("pelver", "numbers", [&](const Row& row) {
+    PHMVER record{};
+    record.major = record.minor = -1;
+    ParseVerString(row[0], &record);
+    return numbers(record).substr(1);
+  });
+  expect_rows("pelver", "file name", [](const Row& row) {
+    return text_of(AppendVerLogFile(row[0], row.number(1), row[2]));
+  });
   EXPECT_EQ(Is64BitWindows() + GetBitness("10.1(64)"), 0);
 }
 
@@ -158,19 +153,18 @@ TEST_F(Discovery, AbsurdPath) {
 TEST_F(Discovery, Launcher) {
   if (!test::with_private_usr_bin("pel", "", path(""))) GTEST_SKIP() << "no private mounts here";
   const std::string start = "No PHM env var set\nExtracting PHM from /usr/bin/pel\n";
-  expect_rows("pelver", {{"launcher", [&](const Row& row) {
-                            write_file("/usr/bin/pel", row.text(0));
-                            pphm = nullptr;
-                            const std::string said = taken(GetPhmVers());
-                            if (pphm == nullptr) {
-                              EXPECT_EQ(said, start + "Unable to locate PHM in /usr/bin/pel\n");
-                              return std::string("none");
-                            }
-                            EXPECT_EQ(said, start + "PHM is " + pphm->dir +
-                                                "\nUnable to open version file " + pphm->dir +
-                                                "/version\n\n");
-                            return std::string(pphm->dir);
-                          }}});
+  expect_rows("pelver", "launcher", [&](const Row& row) {
+    write_file("/usr/bin/pel", row.text(0));
+    pphm = nullptr;
+    const std::string said = taken(GetPhmVers());
+    if (pphm == nullptr) {
+      EXPECT_EQ(said, start + "Unable to locate PHM in /usr/bin/pel\n");
+      return std::string("none");
+    }
+    EXPECT_EQ(said, start + "PHM is " + pphm->dir + "\nUnable to open version file " + pphm->dir +
+                        "/version\n\n");
+    return std::string(pphm->dir);
+  });
 }
 
 TEST_F(Discovery, NothingToFind) {
@@ -201,17 +195,17 @@ TEST_F(Discovery, MonitoringInstallation) {
   EXPECT_EQ(GetDelvonTarg("/dev/zero", found.data()), EINVAL) << "not an endless loop";
   const std::string delvon = path("delvon");
   write_file(delvon + "/delvonversion", "Delvon Version 2.1A01 as of");
-  expect_rows("pelver", {{"init file", [&](const Row& row) {
-                            write_file(init_file, row.text(0));
-                            EXPECT_TRUE(discover().starts_with(pelloran));
-                            const PHMVER* record = pphm->next;
-                            if (record == nullptr) return discover().substr(pelloran.size());
-                            EXPECT_EQ(record->initFile, init_file);
-                            EXPECT_STREQ(record->pelVersion, "10.1B03");
-                            EXPECT_EQ(record->flags, 4U);
-                            EXPECT_EQ(record->major, 0);
-                            return discover().substr(pelloran.size()) + record->dir;
-                          }}});
+  expect_rows("pelver", "init file", [&](const Row& row) {
+    write_file(init_file, row.text(0));
+    EXPECT_TRUE(discover().starts_with(pelloran));
+    const PHMVER* record = pphm->next;
+    if (record == nullptr) return discover().substr(pelloran.size());
+    EXPECT_EQ(record->initFile, init_file);
+    EXPECT_STREQ(record->pelVersion, "10.1B03");
+    EXPECT_EQ(record->flags, 4U);
+    EXPECT_EQ(record->major, 0);
+    return discover().substr(pelloran.size()) + record->dir;
+  });
   write_file(init_file, "SET delvonInstallDir=" + delvon);
   EXPECT_NE(discover(), pelloran);
   EXPECT_EQ(taken(GetPelVersList(SEL_ANY)), "10.1B,2.1A:10.1B03");

@@ -31,19 +31,18 @@ TEST_F(Configuration, OfEachKindReleaseAndKey) {
     set_version(row.text(0));
     record_.flags = static_cast<unsigned>(row.number(1));
   };
-  expect_rows("prodlic", {{"configuration",
-                           [&](const Row& row) {
-                             make(row);
-                             owner = row.text(2);
-                             record_.pelVersion = row[2] == nullptr ? nullptr : owner.data();
-                             return report(row[4], row.number(3));
-                           }},
-                          {"name", [&](const Row& row) {
-                             make(row);
-                             char found[256];
-                             EXPECT_EQ(GenPelCfgName(found, &record_), 4);
-                             return std::string(found);
-                           }}});
+  expect_rows("prodlic", "configuration", [&](const Row& row) {
+    make(row);
+    owner = row.text(2);
+    record_.pelVersion = row[2] == nullptr ? nullptr : owner.data();
+    return report(row[4], row.number(3));
+  });
+  expect_rows("prodlic", "name", [&](const Row& row) {
+    make(row);
+    char found[256];
+    EXPECT_EQ(GenPelCfgName(found, &record_), 4);
+    return std::string(found);
+  });
 }
 
 TEST_F(Configuration, NamedByTheEnvironment) {
@@ -152,26 +151,24 @@ TEST_F(Monitor, FilesAreCopiedOrMissed) {
   write_file(path("conf/delvonweb.xml"), "<web/>\n");
   write_file(path("conf/delvon.xml"), "<delvon/>\n");
   write_file(dir() + "/AdminServerPlugins.dat", "plugins\n");
-  expect_rows(
-      "prodlic",
-      {{"monitor", [this](const Row& row) {
-          set_version(row.text(0));
-          std::filesystem::remove(init_file_);
-          if (row[1] != nullptr) write_file(init_file_, row[1]);
-          if (row[1] == nullptr) std::filesystem::remove(dir() + "/AdminServerPlugins.dat");
-          EXPECT_EQ(collect("2.1A:10.1B03"), 0);
-          const std::string report = text();
-          EXPECT_EQ(target_, path("out/Delvon21APel101B"));
-          for (const auto& file : std::filesystem::directory_iterator(target_)) {
-            const std::string name = file.path().filename();
-            const std::string from = name == "delvon.ini" ? "" : name[0] == 'A' ? "pel/" : "conf/";
-            EXPECT_EQ(read_file(file.path()), read_file(path(from + name)));
-          }
-          EXPECT_EQ(collect("2.1A:10.1B03"), EEXIST);
-          EXPECT_EQ(text(), "\n");
-          EXPECT_STREQ(pc->reportDir, "");
-          return std::to_string(std::filesystem::remove_all(target_) - 1) + report;
-        }}});
+  expect_rows("prodlic", "monitor", [this](const Row& row) {
+    set_version(row.text(0));
+    std::filesystem::remove(init_file_);
+    if (row[1] != nullptr) write_file(init_file_, row[1]);
+    if (row[1] == nullptr) std::filesystem::remove(dir() + "/AdminServerPlugins.dat");
+    EXPECT_EQ(collect("2.1A:10.1B03"), 0);
+    const std::string report = text();
+    EXPECT_EQ(target_, path("out/Delvon21APel101B"));
+    for (const auto& file : std::filesystem::directory_iterator(target_)) {
+      const std::string name = file.path().filename();
+      const std::string from = name == "delvon.ini" ? "" : name[0] == 'A' ? "pel/" : "conf/";
+      EXPECT_EQ(read_file(file.path()), read_file(path(from + name)));
+    }
+    EXPECT_EQ(collect("2.1A:10.1B03"), EEXIST);
+    EXPECT_EQ(text(), "\n");
+    EXPECT_STREQ(pc->reportDir, "");
+    return std::to_string(std::filesystem::remove_all(target_) - 1) + report;
+  });
 }
 
 TEST_F(Monitor, ResultCodes) {

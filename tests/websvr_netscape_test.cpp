@@ -31,52 +31,44 @@ class Netscape : public test::WebServer {
 TEST_F(Netscape, InstancesObjectFilesAndCgiDirectories) {
   fs::create_directory(root());
   const auto put = [this](const Row& row) { write_file(path("conf"), row.text(0)); };
-  expect_rows("websvr",
-              {{"instance",
-                [this](const Row& row) {
-                  fs::remove_all(root());
-                  fs::create_directory(root());
-                  std::istringstream entries(row.text(0));
-                  for (std::string entry; entries >> entry;) {
-                    const std::size_t equals = entry.find('=');
-                    const std::string id = entry.substr(equals + 1);
-                    entry.resize(equals);
-                    fs::create_directory(root() + "/" + entry);
-                    if (id != "!") write_file(conf(entry), nsSrvId + id);
-                  }
-                  int code = -1;
-                  std::string found = stored_by([&](char* output) {
-                    code = GetNetscapeServerDir(root().c_str(), row[1], output);
-                  });
-                  for (const auto& entry : fs::directory_iterator(root())) {
-                    if (code != SIT_SERVERS_AMBIGUOUS || !fs::exists(entry.path() / "config"))
-                      continue;
-                    if (found == entry.path()) found = root() + "/first";
-                    break;
-                  }
-                  return std::to_string(code) +
-                         (found.empty() ? "" : " " + found.erase(0, root().size() + 1));
-                }},
-               {"server id",
-                [this](const Row& row) {
-                  unsigned flags = 0;
-                  write_file(conf("https-a"), row.text(0));
-                  const int answer =
-                      CheckNetscapeServerName(root().c_str(), "https-a", "web", &flags);
-                  return std::to_string(answer) + std::string(flags, '!');
-                }},
-               {"objects",
-                [&](const Row& row) {
-                  put(row);
-                  return stored_by([&](char* output) {
-                    EXPECT_EQ(GetNetscapeObjConf(path("conf").c_str(), "/ns", output), 0);
-                  });
-                }},
-               {"cgi", [&](const Row& row) {
-                  put(row);
-                  fs::create_directory(root());
-                  return listed([this] { EXPECT_EQ(LogNetscapeCGIDirs(path("conf").c_str()), 0); });
-                }}});
+  expect_rows("websvr", "instance", [this](const Row& row) {
+    fs::remove_all(root());
+    fs::create_directory(root());
+    std::istringstream entries(row.text(0));
+    for (std::string entry; entries >> entry;) {
+      const std::size_t equals = entry.find('=');
+      const std::string id = entry.substr(equals + 1);
+      entry.resize(equals);
+      fs::create_directory(root() + "/" + entry);
+      if (id != "!") write_file(conf(entry), nsSrvId + id);
+    }
+    int code = -1;
+    std::string found = stored_by(
+        [&](char* output) { code = GetNetscapeServerDir(root().c_str(), row[1], output); });
+    for (const auto& entry : fs::directory_iterator(root())) {
+      if (code != SIT_SERVERS_AMBIGUOUS || !fs::exists(entry.path() / "config")) continue;
+      if (found == entry.path()) found = root() + "/first";
+      break;
+    }
+    return std::to_string(code) + (found.empty() ? "" : " " + found.erase(0, root().size() + 1));
+  });
+  expect_rows("websvr", "server id", [this](const Row& row) {
+    unsigned flags = 0;
+    write_file(conf("https-a"), row.text(0));
+    const int answer = CheckNetscapeServerName(root().c_str(), "https-a", "web", &flags);
+    return std::to_string(answer) + std::string(flags, '!');
+  });
+  expect_rows("websvr", "objects", [&](const Row& row) {
+    put(row);
+    return stored_by([&](char* output) {
+      EXPECT_EQ(GetNetscapeObjConf(path("conf").c_str(), "/ns", output), 0);
+    });
+  });
+  expect_rows("websvr", "cgi", [&](const Row& row) {
+    put(row);
+    fs::create_directory(root());
+    return listed([this] { EXPECT_EQ(LogNetscapeCGIDirs(path("conf").c_str()), 0); });
+  });
 }
 
 // A search that fails leaves no report, or in verbose mode one with the trail of the search.
@@ -90,29 +82,27 @@ TEST_F(Netscape, SearchesThatFailAndBrokenInstances) {
       "VERBOSE: \n**Verbose Mode **\n\n" + title("Netscape/iPlanet Configuration");
   write_file(path("file"), "");
   fs::create_directories(root() + "/https-web");
-  expect_rows("websvr",
-              {{"search",
-                [&](const Row& row) {
-                  put(conf("https-web"), row.text(1));
-                  const int code = command(row.text(0));
-                  EXPECT_EQ(report(), "") << row.text(0);
-                  SetVerboseMode(1);
-                  EXPECT_EQ(command(row.text(0)), code) << row.text(0);
-                  SetVerboseMode(0);
-                  EXPECT_TRUE(report().starts_with(opening)) << row.text(0);
-                  return std::to_string(code) + " " + report().substr(opening.size());
-                }},
-               {"broken", [&](const Row& row) {
-                  const std::string instance = root() + "/https-web";
-                  put(conf("https-web"), row.text(1));
-                  for (const char* file : {"servlets.properties", "rules.properties", "../start"}) {
-                    put(instance + "/config/" + file, row.text(0));
-                  }
-                  std::string code;
-                  const std::string text = written_by(
-                      [&] { code = std::to_string(LogNetscapeConfig(instance.c_str())); });
-                  return code + " " + text;
-                }}});
+  expect_rows("websvr", "search", [&](const Row& row) {
+    put(conf("https-web"), row.text(1));
+    const int code = command(row.text(0));
+    EXPECT_EQ(report(), "") << row.text(0);
+    SetVerboseMode(1);
+    EXPECT_EQ(command(row.text(0)), code) << row.text(0);
+    SetVerboseMode(0);
+    EXPECT_TRUE(report().starts_with(opening)) << row.text(0);
+    return std::to_string(code) + " " + report().substr(opening.size());
+  });
+  expect_rows("websvr", "broken", [&](const Row& row) {
+    const std::string instance = root() + "/https-web";
+    put(conf("https-web"), row.text(1));
+    for (const char* file : {"servlets.properties", "rules.properties", "../start"}) {
+      put(instance + "/config/" + file, row.text(0));
+    }
+    std::string code;
+    const std::string text =
+        written_by([&] { code = std::to_string(LogNetscapeConfig(instance.c_str())); });
+    return code + " " + text;
+  });
   std::string deep = path("d/") + std::string(100, 'd') + "/";
   deep.resize(229, 'd');
   write_file(deep + "/https-abc/config/magnus.conf", "");

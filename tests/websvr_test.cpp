@@ -11,30 +11,24 @@ using test::WebServer;
 
 TEST_F(WebServer, ValuesPathsAndScriptAliases) {
   fs::create_directory(root());
-  expect_rows("websvr",
-              {{"value",
-                [](const Row& row) {
-                  return stored_by([&](char* output) { GetConfPathName(row[0], output); });
-                }},
-               {"absolute",
-                [this](const Row& row) {
-                  std::string path;
-                  const std::string report = written_by([&] {
-                    path =
-                        stored_by([&](char* output) { MakeAbsolutePath(row[0], row[1], output); });
-                  });
-                  return std::to_string(IsAbsolutePath(row[0])) + " " + path + report;
-                }},
-               {"stripped",
-                [](const Row& row) {
-                  std::string path = row.text(0);
-                  StripTrailingSlash(path.data());
-                  return std::string(path.c_str());
-                }},
-               {"alias", [this](const Row& row) {
-                  write_file(path("conf"), row.text(1));
-                  return listed([&] { FindApacheScriptAlias(path("conf").c_str(), row[0]); });
-                }}});
+  expect_rows("websvr", "value", [](const Row& row) {
+    return stored_by([&](char* output) { GetConfPathName(row[0], output); });
+  });
+  expect_rows("websvr", "absolute", [this](const Row& row) {
+    std::string path;
+    const std::string report = written_by(
+        [&] { path = stored_by([&](char* output) { MakeAbsolutePath(row[0], row[1], output); }); });
+    return std::to_string(IsAbsolutePath(row[0])) + " " + path + report;
+  });
+  expect_rows("websvr", "stripped", [](const Row& row) {
+    std::string path = row.text(0);
+    StripTrailingSlash(path.data());
+    return std::string(path.c_str());
+  });
+  expect_rows("websvr", "alias", [this](const Row& row) {
+    write_file(path("conf"), row.text(1));
+    return listed([&] { FindApacheScriptAlias(path("conf").c_str(), row[0]); });
+  });
 }
 
 TEST_F(WebServer, ApacheConfigurationsThatCannotBeRead) {

@@ -5,7 +5,6 @@
 
 #include <filesystem>
 #include <functional>
-#include <map>
 #include <string>
 #include <vector>
 
@@ -60,10 +59,10 @@ class SitTest : public testing::Test {
    private:
     std::vector<std::string> fields_;
   };
-  // Makes the call that each line of tests/rows/NAME.txt begins with; it returns what came of it,
-  // which is to be the line's last field.
-  using Calls = std::map<std::string, std::function<std::string(const Row&)>>;
-  void expect_rows(const std::string& name, const Calls& calls) const;
+  // Hands each case that tests/rows/NAME.txt has for `call` to `make`; it returns what came of it,
+  // which is to be the case's last field.
+  using Make = std::function<std::string(const Row&)>;
+  void expect_rows(const std::string& name, const std::string& call, const Make& make) const;
 
   // Opens path("report.txt"), lets `write` write into it and returns what it wrote.
   template <typename Write>
