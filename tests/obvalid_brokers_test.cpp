@@ -43,9 +43,10 @@ class Brokers : public test::InstallationTest {
     return "Read obroker properties location from Plugins file: " + own() +
            "\nVALIDATING: " + properties() + "\n\n";
   }
-  std::string validate(int result, const char* plugins = "", const char* broker = nullptr) {
+  std::string validate(int result, const char* plugins = "", const char* broker = nullptr,
+                       int copy = 0) {
     return written_by([&] {
-      EXPECT_EQ(ValidateOB(&record_, plugins, broker, 0, path("copies").c_str()), result);
+      EXPECT_EQ(ValidateOB(&record_, plugins, broker, copy, path("copies").c_str()), result);
     });
   }
   static std::string taken_parameter_files() {
@@ -77,11 +78,11 @@ TEST_F(Brokers, LocationOfThePropertiesFile) {
   record_.major = 8;
   const std::string plugins = own();
   move_to("/" + std::string(240, 'd'));
-  EXPECT_EQ(validate(0, plugins.c_str()),
-            test::too_long("path", dir() + "/properties/obroker.properties", 254) +
-                "INFORMATION: This installation does not use the obroker properties file. Skipping "
-                "validation.\n" +
-                startup_missing());
+  const std::string unused =
+      "INFORMATION: This installation does not use the obroker properties file. ";
+  EXPECT_EQ(validate(0, plugins.c_str(), nullptr, 1),
+            test::too_long("path", dir() + "/properties/obroker.properties", 254) + unused +
+                "Skipping validation.\n" + startup_missing() + unused + "Skipping file copy\n");
 }
 
 TEST_F(Brokers, OutputOfCheckTools) {
@@ -142,6 +143,7 @@ TEST_F(Brokers, HungAndFailingToolsDoNotEndTheReport) {
 TEST_F(Brokers, OneBrokerIsLookedForUntilFound) {
   name_location(properties());
   make_tool(dir() + "/bin/rgconfig", "echo \"Cannot find$2 in $4\"");
+  Add_pf_name("/left", "over.pf");
   const std::string pf = "srvrStartupParam: -pf " + path("a.pf") + "\n";
   write_file(path("a.pf"), "-p\n");
   make_tool(dir() + "/bin/apconfig", "echo '" + pf + "'");
@@ -181,13 +183,16 @@ TEST_F(Brokers, ValidationCommand) {
   EXPECT_EQ(OBCopyFiles(path("r").c_str(), "one", "10.1B", path("copies").c_str()), 1);
   EXPECT_EQ(OBCopyFiles(path("r").c_str(), "one", "10.1b03", path("copies").c_str()), 0);
   EXPECT_EQ(read_file(path("copies/one.log")), "log\n");
-  fs::remove_all(path("copies"));
   make_tool(dir() + "/bin/dbconfig", "echo \"$*\"");
   const std::string own_manager = dir() + "/properties/conmgr.properties";
   const std::string copy_failed = "ERROR: Could not copy file, errno = 2\n\n";
-  EXPECT_TRUE(command(10016).ends_with(
-      copying + copy_failed + manager +
-      "ERROR: Could not find Connection Manager properties file: " + own_manager + "\n" + end));
+  const std::string no_manager =
+      manager + "ERROR: Could not find Connection Manager properties file: " + own_manager + "\n" +
+      end;
+  EXPECT_TRUE(command(10016).ends_with(copying + no_manager));
+  fs::remove_all(path("copies"));
+  EXPECT_TRUE(command(10016).ends_with(copying + copy_failed + no_manager));
+  validate(10018, "", nullptr, 1);
   write_file(own_manager, "");
   EXPECT_EQ(written_by([&] { EXPECT_EQ(ValidateConMgr(&record_, "", 1, "/nosuch"), 10018); }),
             "VALIDATING: " + own_manager + "\n\n" + own_manager + "\n\nINFORMATION: Copying " +

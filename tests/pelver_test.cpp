@@ -248,6 +248,7 @@ TEST_F(Discovery, FrameworkVersionFile) {
     getPelVerInfo(record, output);
     std::fclose(output);
     EXPECT_EQ(taken(text), message);
+    EXPECT_STREQ(record->version, *version == '\0' ? "10.1B03" : version);
   }
   int records = 0;
   for (const PHMVER* record = pphm; record != nullptr; record = record->next) ++records;

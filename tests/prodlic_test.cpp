@@ -27,6 +27,7 @@ class Configuration : public test::InstallationTest {
 TEST_F(Configuration, OfEachKindReleaseAndKey) {
   std::string owner;
   make_tool(dir() + "/bin/showcfg", "echo \"cfg: $*\"; exit 3");
+  write_file(dir() + "/addons", "Barcodes");
   const auto make = [&](const Row& row) {
     set_version(row.text(0));
     record_.flags = static_cast<unsigned>(row.number(1));
@@ -92,6 +93,9 @@ TEST_F(Configuration, AbsurdPaths) {
   EXPECT_EQ(report("10.1B", SEL_ANY, GetPelInstFiles), gone);
   move_to("/" + std::string(243, 'd'));
   EXPECT_NE(report("10.1B").find("could not find such directory"), std::string::npos) << "it fits";
+  move_to(path(std::string(243 - path("").size(), 'd')));
+  std::filesystem::create_directory(dir());
+  EXPECT_EQ(report("10.1B").find("installd.ini"), std::string::npos) << "it does not fit";
   move_to(std::string(245, 'd'));
   EXPECT_EQ(report("10.1B"), start);
   SetVerboseMode(1);
@@ -159,6 +163,7 @@ TEST_F(Monitor, FilesAreCopiedOrMissed) {
     EXPECT_EQ(collect("2.1A:10.1B03"), 0);
     const std::string report = text();
     EXPECT_EQ(target_, path("out/Delvon21APel101B"));
+    EXPECT_EQ(std::filesystem::status(target_).permissions(), std::filesystem::perms{0755});
     for (const auto& file : std::filesystem::directory_iterator(target_)) {
       const std::string name = file.path().filename();
       const std::string from = name == "delvon.ini" ? "" : name[0] == 'A' ? "pel/" : "conf/";
