@@ -17,36 +17,10 @@ class Host : public test::SitTest {
 };
 
 TEST_F(Host, CallsByName) {
-  const std::pair<std::string, Ran> calls[] = {
-      {"--version", {0, "sit 11.6\n"}},
-      {"call GetAPIVersion", {0, "11.6\n"}},
-      {"call FoundPelInst", {0, "FoundPelInst returned 1: PHM is not set\n"}},
-      {"call SIT_Initiate", {0, "SIT_Initiate returned 0: success\n"}},
-      {"call GetSysInfo '' -1 64 1", {1, "GetSysInfo returned 10000: no report path given\n"}},
-      {"call GetSysInfo " + path("r") + " -1 64 1", {0, "GetSysInfo returned 0: success\n"}},
-      {"call GetEnvironInfo /nosuch/r 64 1",
-       {1, "GetEnvironInfo returned 2: No such file or directory\n"}},
-      {"call --independent GetVersInfo " + path("r") + " 64 1 0",
-       {0, "GetVersInfo returned 0: success\n"}},
-      {"call GetSysInfo r 65536 64 1",
-       {2, "sit: argument \"section\" must be one 16-bit integer, not \"65536\"\n"}},
-      {"call GetSysInfo r 0 64 yes",
-       {2, "sit: argument \"final\" must be one 32-bit integer, not \"yes\"\n"}},
-      {"call GetDelvonFiles " + path("r") + " " + path("") + " 2.1A:10.1B",
-       {0, path("") + "\nGetDelvonFiles returned 0: success\n"}},
-      {"call RunCommand 'exit 0' '' 0 - . '' -", {0, "RunCommand returned 0: success\n"}},
-      {"call RunCommand x '' 300 - . '' -",
-       {2, "sit: argument \"is library\" must be one 8-bit integer, not \"300\"\n"}},
-      {"call GetPelVers r",
-       {2,
-        "sit: wrong number of arguments; usage: sit call GetPelVers <report path: text> <mode: "
-        "32-bit integer> <final: 32-bit integer>\n"}},
-      {"call nosuch", {2, "sit: no call named nosuch; \"sit list\" shows them all\n"}}};
-  for (const auto& [arguments, expected] : calls) {
-    const Ran ran = sit(arguments);
-    EXPECT_EQ(ran.status, expected.status) << arguments;
-    EXPECT_EQ(ran.output, expected.output) << arguments;
-  }
+  expect_rows("host", "sit", [](const Row& row) {
+    const Ran ran = sit(row.text(0));
+    return std::to_string(ran.status) + " " + ran.output;
+  });
 }
 
 TEST_F(Host, SaysWhatIsWrongInOneLine) {
