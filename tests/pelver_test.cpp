@@ -83,7 +83,7 @@ TEST_F(Discovery, VersionFilesSelectorsAndTexts) {
   expect_rows("pelver", "release", [](const Row& row) {
     std::string version = row.text(0);
     RmPatchInfoPHM(version.data());
-    return std::string(version.c_str());
+    return text_of(version.c_str());
   });
   expect_rows("pelver", "numbers", [&](const Row& row) {
     PHMVER record{};

@@ -73,7 +73,7 @@ TEST_F(Netscape, InstancesObjectFilesAndCgiDirectories) {
 
 // A search that fails leaves no report, or in verbose mode one with the trail of the search.
 TEST_F(Netscape, SearchesThatFailAndBrokenInstances) {
-  const auto put = [this](const std::string& file, const std::string& content) {
+  const auto put = [](const std::string& file, const std::string& content) {
     fs::remove(file);
     if (content == "!") put_unreadable(file);
     if (content.size() > 1) write_file(file, content);

@@ -1,6 +1,7 @@
 #include "support/websvr_test.h"
 
 #include <cerrno>
+#include <cstring>
 
 namespace {
 
@@ -23,7 +24,8 @@ TEST_F(WebServer, ValuesPathsAndScriptAliases) {
   expect_rows("websvr", "stripped", [](const Row& row) {
     std::string path = row.text(0);
     StripTrailingSlash(path.data());
-    return std::string(path.c_str());
+    path.resize(std::strlen(path.c_str()));
+    return path;
   });
   expect_rows("websvr", "alias", [this](const Row& row) {
     write_file(path("conf"), row.text(1));

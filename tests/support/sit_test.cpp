@@ -111,7 +111,7 @@ std::string field_of(std::string text, const std::string& scratch) {
     }
   };
   for (const auto& [from, to] : kEscapes) replace(from, to);
-  replace("\\0", {"", 1});
+  replace("\\0", std::string_view("\0", 1));
   replace("~", scratch);
   replace_all(text, "\\{(\\d+)\\*([^}]+)\\}",
               [](const auto& found) { return repeat(found[2], std::stoul(found[1])); });
