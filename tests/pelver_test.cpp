@@ -206,8 +206,6 @@ TEST_F(Discovery, MonitoringInstallation) {
     EXPECT_EQ(record->major, 0);
     return discover().substr(pelloran.size()) + record->dir;
   });
-  write_file(init_file, "SET delvonInstallDir=" + delvon);
-  EXPECT_NE(discover(), pelloran);
   EXPECT_EQ(taken(GetPelVersList(SEL_ANY)), "10.1B,2.1A:10.1B03");
   EXPECT_EQ(taken(GetPelVersList(SEL_MONITOR)), "2.1A:10.1B03");
   EXPECT_EQ(taken(GetPelVersList(SEL_WEBCLIENT)), "");
@@ -250,9 +248,7 @@ TEST_F(Discovery, FrameworkVersionFile) {
     EXPECT_EQ(taken(text), message);
     EXPECT_STREQ(record->version, *version == '\0' ? "10.1B03" : version);
   }
-  int records = 0;
-  for (const PHMVER* record = pphm; record != nullptr; record = record->next) ++records;
-  EXPECT_EQ(records, 3);
+  EXPECT_EQ(pphm->next->next->next, nullptr);
 }
 
 }  // namespace

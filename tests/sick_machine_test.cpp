@@ -5,7 +5,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <array>
 #include <regex>
+#include <tuple>
 
 #include "support/collection.h"
 
@@ -44,15 +46,11 @@ class SickMachine : public test::CollectTest {
 TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
   const std::string library = path("pel/bin/versioninfo.dll");
   const std::string last_words = ": the library's last words";
-  struct Case {
-    const char* sickness;
-    const char* outcome;
-    std::string why;
-  };
-  const Case cases[] = {{"abort", "crashed", "signal 6 (Aborted) in "},
-                        {"overflow", "crashed", "signal 11 (Segmentation fault) in "},
-                        {"exit", "crashed", "the process ended with status 3 in "},
-                        {"hang", "timed out", "nothing happened for 1 s in "}};
+  const std::tuple<const char*, const char*, std::string> cases[] = {
+      {"abort", "crashed", "signal 6 (Aborted) in "},
+      {"overflow", "crashed", "signal 11 (Segmentation fault) in "},
+      {"exit", "crashed", "the process ended with status 3 in "},
+      {"hang", "timed out", "nothing happened for 1 s in "}};
   for (const auto& [sickness, outcome, why] : cases) {
     const std::string sick = std::string("export SICKNESS=") + sickness;
     const Collected at_discovery = collect(installation() + "--command-limit 1", sick);
@@ -172,17 +170,12 @@ TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
   EXPECT_EQ(hung.outcome("discovery"), "timed out");
   EXPECT_EQ(hung.outcome("versions"), "skipped") << "what was not known of yet is in it, too";
   fs::remove_all(path("out"));
-  struct Case {
-    std::string options;
-    std::string before;
-    std::string outcome;
-    std::string why;
-  };
   const std::string later = "sh -c 'sleep 1; pkill -$0 -xP '$$' sit' ";
-  const Case cases[] = {{"--time-limit 1", "", "timed out", "the run's time limit of 1 s"},
-                        {"", later + "INT &", "failed", "given up: signal 2 (Interrupt)"},
-                        {"", later + "TERM &", "failed", "given up: signal 15 (Terminated)"},
-                        {"", later + "HUP &", "failed", "given up: signal 1 (Hangup)"}};
+  const std::array<std::string, 4> cases[] = {
+      {"--time-limit 1", "", "timed out", "the run's time limit of 1 s"},
+      {"", later + "INT &", "failed", "given up: signal 2 (Interrupt)"},
+      {"", later + "TERM &", "failed", "given up: signal 15 (Terminated)"},
+      {"", later + "HUP &", "failed", "given up: signal 1 (Hangup)"}};
   for (const auto& [options, before, outcome, why] : cases) {
     const Collected made = collect(work + " " + options, before);
     EXPECT_EQ(made.status, 1) << why;
