@@ -194,6 +194,7 @@ TEST_F(Brokers, ValidationCommand) {
   EXPECT_TRUE(command(10016).ends_with(copying + copy_failed + no_manager));
   validate(10018, "", nullptr, 1);
   write_file(own_manager, "");
+  EXPECT_EQ(ValidateConMgr(&record_, "", 0, "/nosuch"), 0);
   EXPECT_EQ(written_by([&] { EXPECT_EQ(ValidateConMgr(&record_, "", 1, "/nosuch"), 10018); }),
             "VALIDATING: " + own_manager + "\n\n" + own_manager + "\n\nINFORMATION: Copying " +
                 own_manager + " as conmgr.properties.101B...\n\n" + copy_failed);
