@@ -73,6 +73,7 @@ bool fails_to_go_on(Group group, int error) {
 
 }  // namespace
 
+// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name,bugprone-macro-parentheses)
 #define REAL(function) (*real(&::function, #function))
 // A function of a group that returns `failed` when its turn has come, and else what the real one
 // does.
@@ -81,7 +82,6 @@ bool fails_to_go_on(Group group, int error) {
     return fails_to_go_on(group, error) ? failed : REAL(function) arguments; \
   }
 
-// NOLINTBEGIN(readability-inconsistent-declaration-parameter-name,bugprone-macro-parentheses)
 extern "C" {
 
 void* malloc(size_t size) { return fails(kMalloc, ENOMEM) ? nullptr : __libc_malloc(size); }
