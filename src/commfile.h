@@ -10,9 +10,20 @@
 #include "handles.h"
 #include "sit/commfile.h"
 
+// What the library itself writes takes only such conversions as the compiler can check.
+extern "C" [[gnu::format(printf, 1, 2)]] int LogMsg(const char* format, ...) noexcept;
+extern "C" [[gnu::format(printf, 1, 2)]] int LogMsgV(const char* format, ...) noexcept;
+
 namespace sit {
 
 inline constexpr const char* kVersion = "11.6";
+
+// LogMsg with a format that a table or a caller holds, which the compiler cannot check.
+template <typename... Arguments>
+void log_computed(const char* format, Arguments... arguments) noexcept {
+  int (*const log)(const char*, ...) noexcept = LogMsg;
+  log(format, arguments...);
+}
 
 // Writes bytes of any kind, NUL included, and flushes.
 int log_bytes(std::string_view bytes) noexcept;

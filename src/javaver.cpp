@@ -65,7 +65,7 @@ void getJavaInfo(PHMVER* record) noexcept {
     return;
   }
   for (const JavaQuestion& question : kQuestions) {
-    LogMsg(question.heading, record->version);
+    sit::log_computed(question.heading, record->version);
     if (sit::CommandLine command = prefix; command.append(question.command)) {
       LogCmdOutput(command.c_str(), nullptr);
     }

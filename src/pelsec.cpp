@@ -94,7 +94,7 @@ void report_store(const PHMVER& record, const WholeStore& whole) noexcept {
   LogTitle(whole.title);
   if (!store_path(record, whole.directory, store)) return;
   if (FileExists(store.c_str()) == 0) {
-    LogMsg(whole.missing, store.c_str());
+    sit::log_computed(whole.missing, store.c_str());
     return;
   }
   if (!tool_path(record, whole.tool, tool)) return;

@@ -42,9 +42,9 @@ bool copy_log(const char* log_file, const char* home, std::string_view directory
   if (result == 0) {
     sit::log_if_outside(log_file, home);
   } else if (result == ENOENT) {
-    LogMsg(words.missing, log_file);
+    sit::log_computed(words.missing, log_file);
   } else {
-    LogMsg(words.failed, log_file, result);
+    sit::log_computed(words.failed, log_file, result);
   }
   return result == 0;
 }

@@ -69,7 +69,7 @@ int sit::copy_properties(const PHMVER& record, const char* path, const char* des
   VersionedName name;
   int error = ENAMETOOLONG;
   if (name.append({base_name(path), "."}) && append_version(record.version, record.bitness, name)) {
-    LogMsg(announcement, path, name.c_str());
+    sit::log_computed(announcement, path, name.c_str());
     error = copy_as(path, destination, name.view());
   }
   if (error == 0) return SIT_OK;

@@ -6,9 +6,9 @@
 namespace sit {
 
 int log_contents(const char* heading, const char* failure, const char* path) noexcept {
-  LogMsg(heading, path);
+  log_computed(heading, path);
   const int error = ReadTextFile(path);
-  if (error != 0) LogMsg(failure, path, error);
+  if (error != 0) log_computed(failure, path, error);
   return error;
 }
 
@@ -16,16 +16,16 @@ void ScriptDirectories::list(std::string_view directory, std::string_view alias)
   Path path;
   if (!compose(path, "The path", {without_trailing_slash(directory)})) return;
   last_is_empty_ = path.empty();
-  LogMsg(words_.heading, path.c_str(), line_text(alias).c_str());
+  log_computed(words_.heading, path.c_str(), line_text(alias).c_str());
   if (FileExists(path.c_str()) != 0) {
     ListFiles(path.c_str(), 0);
   } else {
-    LogMsg(words_.missing, path.c_str());
+    log_computed(words_.missing, path.c_str());
   }
 }
 
 void ScriptDirectories::finish(const char* conf) const noexcept {
-  if (last_is_empty_) LogMsg(words_.none, conf);
+  if (last_is_empty_) log_computed(words_.none, conf);
 }
 
 }  // namespace sit
