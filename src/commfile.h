@@ -21,7 +21,8 @@ inline constexpr const char* kVersion = "11.6";
 // LogMsg with a format that a table or a caller holds, which the compiler cannot check.
 template <typename... Arguments>
 void log_computed(const char* format, Arguments... arguments) noexcept {
-  int (*const log)(const char*, ...) noexcept = LogMsg;
+  using Unchecked = int (*)(const char*, ...) noexcept;
+  const Unchecked log = LogMsg;
   log(format, arguments...);
 }
 

@@ -131,7 +131,8 @@ FAILING(kFork, EAGAIN, -1, pid_t, fork, () noexcept, ())
 FAILING(kFork, EAGAIN, -1, int, clone,
         (int (*run)(void*), void* stack, int flags, void* argument, ...) noexcept,
         (run, stack, flags, argument))
-FAILING(kFork, EAGAIN, nullptr, FILE*, popen, (const char* command, const char* mode),
+// An environment that cannot be listed leaves its section empty: no line tells why.
+FAILING(kOpen, EMFILE, nullptr, FILE*, popen, (const char* command, const char* mode),
         (command, mode))
 
 // What a failed close leaves is closed all the same, and a copy is then empty.
