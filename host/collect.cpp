@@ -257,7 +257,7 @@ class Collecting {
       if (file != kSummaryFile && file != kManifestFile) files.push_back(file);
     }
     try {
-      const std::filesystem::path archive = pack(folder_, files, *format_, signals_);
+      std::filesystem::path archive = pack(folder_, files, *format_, signals_);
       folder_.remove_all();
       if (folder_.is_there())
         progress_.say("The folder cannot be removed: " + folder_.path().string());

@@ -11,8 +11,10 @@
 #include "sit/commfile.h"
 
 // What the library itself writes takes only such conversions as the compiler can check.
+// NOLINTBEGIN(readability-redundant-declaration)
 extern "C" [[gnu::format(printf, 1, 2)]] int LogMsg(const char* format, ...) noexcept;
 extern "C" [[gnu::format(printf, 1, 2)]] int LogMsgV(const char* format, ...) noexcept;
+// NOLINTEND(readability-redundant-declaration)
 
 namespace sit {
 
