@@ -73,24 +73,25 @@ class Bench {
   }
 
   // Of the host alone, without its workers.
-  void memory() const {
+  void memory(const char* format, int limit) const {
     const pid_t child = ::fork();
     if (child == 0) {
       const int nothing = ::open("/dev/null", O_WRONLY);
       ::dup2(nothing, STDOUT_FILENO);
       ::dup2(nothing, STDERR_FILENO);
-      ::execl(sit_.c_str(), "sit", "collect", "--output", path("out").c_str(), "--only", "capture",
-              "--capture", "yes 'a line of a log, as long as such lines are' | head -c 200000000",
-              "--capture", "head -c 500000000 /dev/zero | tr '\\0' x", nullptr);
+      ::execl(sit_.c_str(), "sit", "collect", "--output", path("out").c_str(), "--format", format,
+              "--only", "capture", "--capture",
+              "yes 'a line of a log, as long as such lines are' | head -c 200000000", "--capture",
+              "head -c 500000000 /dev/zero | tr '\\0' x", nullptr);
       ::_exit(1);
     }
     int status = 0;
     rusage usage{};
     ::wait4(child, &status, 0, &usage);
     std::printf(
-        "Peak memory of sit with reports of 200 MB and a line of 500 MB: %ld kB "
-        "(limit 16384)\n",
-        usage.ru_maxrss);
+        "Peak memory of sit with reports of 200 MB and a line of 500 MB, archive %s: %ld kB "
+        "(limit %d)\n",
+        format, usage.ru_maxrss, limit);
   }
 
  private:
@@ -127,6 +128,7 @@ int main(int argc, char** argv) {
   bench.bundle_beside_script();
   bench.two_slow_subjects();
   bench.hung_tool();
-  bench.memory();
+  bench.memory("none", 16384);
+  bench.memory("xz", 40960);
   return 0;
 }
