@@ -96,23 +96,14 @@ void sit::begin_report_in(UniqueFd file, const char* path) noexcept {
   note_report_directory(path);
 }
 
-sit::TooLong::TooLong(std::string_view what, std::initializer_list<std::string_view> pieces,
-                      std::size_t max_length) noexcept {
-  // The beginning is enough to recognise the text by.
-  constexpr std::size_t kShown = 200;
-  std::size_t length = 0;
-  for (const std::string_view piece : pieces) length += piece.size();
+sit::TooLong::TooLong(std::string_view what, const Excerpt& text, std::size_t max_length) noexcept {
+  constexpr std::size_t kSentence = 200;
+  static_assert(kSentence + Excerpt::kMostWritten + sizeof "\n" <= sizeof message_);
   char* end = message_.data();
-  end += std::snprintf(end, message_.size() - kShown - 8,
+  end += std::snprintf(end, kSentence,
                        "ERROR: %.*s of %zu characters is longer than %zu and is not used: ",
-                       static_cast<int>(what.size()), what.data(), length, max_length);
-  std::size_t room = kShown;
-  for (const std::string_view piece : pieces) {
-    const std::string_view shown = head(piece, room);
-    end = put(end, shown);
-    room -= shown.size();
-  }
-  put(end, length > kShown ? "...\n" : "\n");
+                       static_cast<int>(what.size()), what.data(), text.length(), max_length);
+  put(text.write(end), "\n");
 }
 
 extern "C" {

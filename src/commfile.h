@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "commutils/bounded_text.h"
+#include "commutils/excerpt.h"
 #include "handles.h"
 #include "sit/commfile.h"
 
@@ -38,12 +39,10 @@ void log_once(unsigned& said_in, const char* text) noexcept;
 // Makes a new and empty file the report, with its header. The path is the file's.
 void begin_report_in(UniqueFd file, const char* path) noexcept;
 
-// What a report says when a text, given in pieces, does not fit where it is needed and so is not
-// used.
+// What a report says when a text does not fit where it is needed and so is not used.
 class TooLong {
  public:
-  TooLong(std::string_view what, std::initializer_list<std::string_view> pieces,
-          std::size_t max_length) noexcept;
+  TooLong(std::string_view what, const Excerpt& text, std::size_t max_length) noexcept;
   [[nodiscard]] const char* c_str() const noexcept { return message_.data(); }
 
  private:

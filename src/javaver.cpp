@@ -8,12 +8,14 @@
 #include "commutils/bounded_text.h"
 #include "commutils/views.h"
 #include "sit/situtil.h"
+#include "situtil/command.h"
 #include "situtil/path.h"
-#include "situtil/shell.h"
 
 namespace {
 
-using Prefix = sit::BoundedText<512>;
+constexpr std::size_t kPrefixLength = 511;
+constexpr std::size_t kCommandLength = 1020;
+using Script = sit::BoundedText<kPrefixLength + 1>;
 
 struct JavaQuestion {
   const char* heading;
@@ -25,20 +27,20 @@ constexpr JavaQuestion kQuestions[] = {
     {"CLASSPATH Settings for %s\n\n", " echo $CLASSPATH"},
 };
 
-// What the shell must do first to know the installation's Java. False when it cannot.
-bool source_java_env(std::string_view directory, sit::CommandLine& prefix) noexcept {
-  Prefix script;
+bool find_java_env(std::string_view directory, Script& script) noexcept {
   if (!sit::compose(script, "The path", {directory, "/bin/java_env"})) return false;
-  if (FileExists(script.c_str()) == 0) {
-    LogMsg("%s does not exist, cannot determine Java versions for $PHM\n", script.c_str());
-    return false;
-  }
-  Prefix stated;
-  return sit::compose(stated, "The command",
-                      {"PHM=", directory, ";export PHM; . ", script.view(), ";"}) &&
-         prefix.append("PHM=") && sit::append_word(prefix, directory) &&
-         prefix.append(";export PHM; . ") && sit::append_word(prefix, script.view()) &&
-         prefix.append(";");
+  if (FileExists(script.c_str()) != 0) return true;
+  LogMsg("%s does not exist, cannot determine Java versions for $PHM\n", script.c_str());
+  return false;
+}
+
+// What the shell must do first to know the installation's Java; nothing without a script.
+sit::Command prefix(std::string_view directory, const Script& script,
+                    std::size_t max_length) noexcept {
+  sit::Command command{max_length};
+  if (script.empty()) return command;
+  command.raw("PHM=").word(directory).raw(";export PHM; . ").word(script.view()).raw(";");
+  return command;
 }
 
 void capture_version_in(std::string_view home) noexcept {
@@ -48,10 +50,8 @@ void capture_version_in(std::string_view home) noexcept {
     LogMsg("Java executable %s does not exist\n", java.c_str());
     return;
   }
-  sit::CommandLine command;
-  if (sit::append_word(command, java.view()) && command.append(" -version")) {
-    LogCmdOutput(command.c_str(), nullptr);
-  }
+  sit::Command command;
+  command.word(java.view()).raw(" -version").run();
 }
 
 }  // namespace
@@ -60,15 +60,15 @@ extern "C" {
 
 void getJavaInfo(PHMVER* record) noexcept {
   if (record == nullptr) return;
-  sit::CommandLine prefix;
-  if (std::getenv("JREHOME") == nullptr && !source_java_env(sit::text_of(record->dir), prefix)) {
+  const std::string_view directory = sit::text_of(record->dir);
+  Script script;
+  if (std::getenv("JREHOME") == nullptr &&
+      (!find_java_env(directory, script) || !prefix(directory, script, kPrefixLength).fits())) {
     return;
   }
   for (const JavaQuestion& question : kQuestions) {
     sit::log_computed(question.heading, record->version);
-    if (sit::CommandLine command = prefix; command.append(question.command)) {
-      LogCmdOutput(command.c_str(), nullptr);
-    }
+    prefix(directory, script, kCommandLength).raw(question.command).run();
     LogMsg("\n");
   }
 }

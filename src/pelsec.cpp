@@ -14,8 +14,8 @@
 #include "sit/codes.h"
 #include "sit/commutils.h"
 #include "sit/situtil.h"
+#include "situtil/command.h"
 #include "situtil/path.h"
-#include "situtil/shell.h"
 
 extern "C" {
 char szSSLCTemp[] = "%s x509 -text -in %s%c%s";
@@ -23,7 +23,7 @@ char szSSLCTemp[] = "%s x509 -text -in %s%c%s";
 
 namespace {
 
-using ToolCommand = sit::BoundedText<SIT_PATH_BYTES>;
+constexpr std::size_t kCommandLength = 255;
 
 struct Message {
   std::array<char, SIT_MESSAGE_BYTES> text{};
@@ -48,18 +48,12 @@ bool store_path(const PHMVER& record, std::string_view store, sit::Path& path) n
 
 void list_certificate(const char* tool, const char* store, const char* name) noexcept {
   LogMsg("Listing of %s\n\n", name);
-  ToolCommand stated;
-  sit::CommandLine tool_word;
-  sit::CommandLine store_word;
-  sit::CommandLine name_word;
-  if (sit::compose(stated, "The command",
-                   {formatted(szSSLCTemp, tool, store, '/', name).text.data()}) &&
-      sit::append_word(tool_word, tool) && sit::append_word(store_word, store) &&
-      sit::append_word(name_word, name)) {
-    const Message command =
-        formatted(szSSLCTemp, tool_word.c_str(), store_word.c_str(), '/', name_word.c_str());
-    LogCmdOutput(command.text.data(), nullptr);
-  }
+  const auto word = [](const char* text) { return sit::Command{}.word(text); };
+  const Message stated = formatted(szSSLCTemp, tool, store, '/', name);
+  const Message written =
+      formatted(szSSLCTemp, word(tool).c_str(), word(store).c_str(), '/', word(name).c_str());
+  sit::Command command{kCommandLength};
+  command.written(stated.text.data(), written.text.data()).run();
   LogMsg("\n\n");
 }
 
@@ -80,12 +74,8 @@ constexpr WholeStore kWholeStores[] = {
 void list_store(const char* entries, const sit::Path& tool, const sit::Path& store) noexcept {
   constexpr std::string_view kOptions = " -list -verbose";
   LogMsg("Listing of %s in %s\n\n", entries, store.c_str());
-  ToolCommand stated;
-  sit::CommandLine command;
-  if (sit::compose(stated, "The command", {tool.view(), kOptions}) &&
-      sit::append_word(command, tool.view()) && command.append(kOptions)) {
-    LogCmdOutput(command.c_str(), nullptr);
-  }
+  sit::Command command{kCommandLength};
+  command.word(tool.view()).raw(kOptions).run();
 }
 
 void report_store(const PHMVER& record, const WholeStore& whole) noexcept {

@@ -47,7 +47,8 @@ int GetUnixVers(char* buffer) noexcept {
 int GetEnvVarUnix() noexcept {
   const UniquePipe listing{::popen("set", "re")};
   if (listing == nullptr) return 1;
-  sit::copy_into_report(sit::Input{::fileno(listing.get()), SIZE_MAX});
+  sit::Input input{::fileno(listing.get()), SIZE_MAX};
+  sit::copy_into_report(input);
   return 0;
 }
 

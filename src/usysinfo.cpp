@@ -61,7 +61,8 @@ bool write_if_successful(const char* command, sit::TempFile& output) noexcept {
   LogMsgV("Executing %s ...\n", command);
   if (sit::run_into(command, output).result != 0) return false;
   LogMsg("Command: %s\n\n", command);
-  sit::copy_into_report(sit::Input{output});
+  sit::Input input{output};
+  sit::copy_into_report(input);
   return true;
 }
 
@@ -122,7 +123,8 @@ void execonecmd(const char* title, const char* command) noexcept {
   LogMsgV("Temp Log file is %s\n", output.name());
   LogMsgV("Executing %s ...\n", command);
   sit::run_into(command, output);
-  sit::copy_into_report(sit::Input{output});
+  sit::Input input{output};
+  sit::copy_into_report(input);
   LogString("\n\n");
 }
 

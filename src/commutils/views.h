@@ -42,6 +42,15 @@ inline std::string_view without_line_end(std::string_view line) noexcept {
   return line;
 }
 
+// Takes the first word off `text`, of those that blanks part; empty when there is none left.
+inline std::string_view take_word(std::string_view& text) noexcept {
+  constexpr std::string_view kBlanks = " \t";
+  text = tail(text, text.find_first_not_of(kBlanks));
+  const std::string_view word = head(text, text.find_first_of(kBlanks));
+  text = tail(text, word.size());
+  return word;
+}
+
 inline bool is_digit(char c) noexcept { return c >= '0' && c <= '9'; }
 
 inline char to_lower(char c) noexcept {

@@ -5,12 +5,10 @@
 #include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "files.h"
-#include "handles.h"
 #include "obvalid/obvalid.h"
 #include "sit/situtil.h"
+#include "situtil/lines.h"
 #include "situtil/path.h"
-#include "situtil/piece_reader.h"
 
 namespace {
 
@@ -42,14 +40,11 @@ bool find_in_control_script(const PHMVER& record, sit::Path& directory) noexcept
   constexpr std::string_view kVariable = "\"$WRKDIR\"";
   sit::Path script;
   if (!sit::compose(script, "The path", {sit::text_of(record.dir), "/bin/peladsv"})) return false;
-  const sit::UniqueFd file = sit::open_for_reading(script.c_str());
-  if (!file.is_open()) return false;
-  sit::PieceReader reader{sit::Input{file.get(), script.c_str()}};
-  for (std::string_view line; reader.next(line);) {
-    line = sit::up_to_nul(line);
-    const std::size_t variable = line.find(kVariable);
+  sit::LineReader reader{script.c_str()};
+  for (sit::Line line; reader.next(line);) {
+    const std::size_t variable = line.text().find(kVariable);
     if (variable == std::string_view::npos) continue;
-    return find_existing(sit::tail(line, variable + kVariable.size() + 1), directory);
+    return find_existing(sit::tail(line.text(), variable + kVariable.size() + 1), directory);
   }
   return false;
 }

@@ -7,7 +7,7 @@
 #include "sit/commutils.h"
 #include "sit/situtil.h"
 #include "situtil/capture.h"
-#include "situtil/shell.h"
+#include "situtil/command.h"
 
 namespace {
 
@@ -46,8 +46,8 @@ class BrokerLines {
     stcopy(name_.data(), broker.c_str());
   }
 
-  void take(std::string_view piece) noexcept {
-    const sit::LineText text = sit::line_text(sit::up_to_nul(piece));
+  void take(const sit::Line& read) noexcept {
+    const sit::LineText text = sit::line_text(read.text());
     const std::string_view line = text.view();
     if (line == "\n") return;
     look_for_failure(line);
@@ -58,7 +58,7 @@ class BrokerLines {
       look_for_parameter_file(text);
     }
     Populate_Logs_Table(text.c_str(), version_, name_.data());
-    sit::log_bytes(piece);
+    sit::log_bytes(read.bytes);
   }
 
   int finish() noexcept {
@@ -109,18 +109,20 @@ class BrokerLines {
 };
 
 // The blanks are those of the tools' documented command line, empty places included.
-bool compose_command(sit::CommandLine& command, const char* tool, std::string_view broker,
-                     std::string_view location) noexcept {
-  if (!command.append("  ") || !sit::append_quoted(command, tool) || !command.append(" ")) {
-    return false;
+sit::Command check_command(const char* tool, std::string_view broker,
+                           std::string_view location) noexcept {
+  sit::Command command;
+  command.raw("  ").quoted(tool).raw(" ");
+  if (broker.empty()) {
+    command.raw("  ");
+  } else {
+    sit::BoundedText<sit::LineText::kMaxLength + 2> name;
+    static_cast<void>(name.append({" ", broker}));
+    command.raw(" -name ").quoted(name.view());
   }
-  sit::BoundedText<sit::LineText::kMaxLength + 2> name;
-  const bool has_name = broker.empty() ? command.append("  ")
-                                       : name.append({" ", broker}) && command.append(" -name ") &&
-                                             sit::append_quoted(command, name.view());
-  return has_name && command.append({" ", location.empty() ? "" : "-f", " "}) &&
-         sit::append_quoted(command, location.empty() ? location : obroker) &&
-         command.append(" -v ");
+  command.raw(location.empty() ? "  " : " -f ").quoted(location.empty() ? location : obroker);
+  command.raw(" -v ");
+  return command;
 }
 
 }  // namespace
@@ -142,19 +144,16 @@ int ValidateOBInstance(const char* version, const char* tool, const char* broker
   if (sit::is_missing(tool)) return kNoTool;
   sit::LineText name;
   if (!sit::compose(name, "The broker name", {sit::text_of(broker)})) return SIT_NO_SUCH_BROKER;
-  sit::CommandLine command;
-  if (!compose_command(command, tool, name.view(), sit::text_of(location))) {
-    sit::log_unfit_command(tool);
-    return SIT_NOT_FOUND;
-  }
+  const sit::Command command = check_command(tool, name.view(), sit::text_of(location));
+  if (!command.fits()) return SIT_NOT_FOUND;
   LogMsgV("Ready to execute %s\n", command.c_str());
   sit::TempFile output;
   if (!output.is_made()) return SIT_NOT_FOUND;
   LogMsgV("\nExecuting:\n%s\n\n", command.c_str());
   if (!sit::run_into(command.c_str(), output).has_started) return SIT_NOT_FOUND;
   BrokerLines lines{version, sit::text_of(type), name};
-  sit::PieceReader reader{sit::Input{output}};
-  for (std::string_view piece; reader.next(piece);) lines.take(piece);
+  sit::LineReader reader{output};
+  for (sit::Line line; reader.next(line);) lines.take(line);
   return lines.finish();
 }
 

@@ -4,7 +4,7 @@
 #include "commfile.h"
 #include "obvalid/obvalid.h"
 #include "sit/situtil.h"
-#include "situtil/shell.h"
+#include "situtil/command.h"
 
 namespace {
 
@@ -19,13 +19,8 @@ sit::Path own_properties(const PHMVER& record) noexcept {
 
 // The blanks are those of the tool's documented command line.
 void run_tool(const char* tool, std::string_view properties) noexcept {
-  sit::CommandLine command;
-  if (command.append("  ") && sit::append_quoted(command, tool) && command.append(" ") &&
-      sit::append_quoted(command, properties) && command.append("  ")) {
-    LogCmdOutput(command.c_str(), nullptr);
-  } else {
-    sit::log_unfit_command(tool);
-  }
+  sit::Command command;
+  command.raw("  ").quoted(tool).raw(" ").quoted(properties).raw("  ").run();
 }
 
 }  // namespace

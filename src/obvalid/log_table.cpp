@@ -7,13 +7,11 @@
 #include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "files.h"
-#include "handles.h"
 #include "obvalid/logs.h"
 #include "session.h"
 #include "sit/commutils.h"
+#include "situtil/lines.h"
 #include "situtil/path.h"
-#include "situtil/piece_reader.h"
 
 // One record more than is ever used: a full table, too, ends with a record without a name.
 constinit LogEntry logs[SIT_LOGS + 1] = {};
@@ -144,11 +142,9 @@ int Populate_Logs_Table(const char* line, const char* version, const char* name)
 }
 
 int Populate_Logs_Table_ConMgr(const char* path, const char* version) noexcept {
-  const sit::UniqueFd file = sit::open_for_reading(path == nullptr ? "" : path);
-  if (!file.is_open()) return 0;
-  sit::PieceReader reader{sit::Input{file.get(), path}};
+  sit::LineReader reader{path};
   Databases databases{version};
-  for (std::string_view line; reader.next(line);) databases.take(sit::up_to_nul(line));
+  for (sit::Line line; reader.next(line);) databases.take(line.text());
   return 0;
 }
 

@@ -9,13 +9,10 @@
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
 #include "sit/obvalid.h"
+#include "situtil/lines.h"
 #include "situtil/path.h"
-#include "situtil/piece_reader.h"
 
 namespace sit {
-
-// Says that the command line of one of the installation's tools does not fit and is not run.
-void log_unfit_command(const char* tool) noexcept;
 
 // A line of one character, `count` times.
 using RuleText = BoundedText<100>;

@@ -1,14 +1,13 @@
 // Reading the plugins file of the admin server.
+#include <cerrno>
 #include <optional>
 #include <string_view>
 
 #include "commfile.h"
 #include "commutils/views.h"
-#include "files.h"
-#include "handles.h"
 #include "obvalid/obvalid.h"
 #include "sit/commutils.h"
-#include "situtil/piece_reader.h"
+#include "situtil/lines.h"
 
 namespace {
 
@@ -31,13 +30,11 @@ constexpr Format kSections{"[Plugin.OBPropMgr]",
                            }};
 
 // Takes the last candidate of the section. False when nothing closes the section.
-bool read_section(const sit::Input& file, const Format& format, sit::LineText& candidate) noexcept {
+bool read_section(sit::LineReader& file, const Format& format, sit::LineText& candidate) noexcept {
   bool is_inside = false;
-  sit::PieceReader reader{file};
-  for (std::string_view piece; reader.next(piece);) {
-    const sit::LineText line = sit::line_text(sit::up_to_nul(piece));
-    LogMsgV("Read ****: %s", line.c_str());
-    const std::string_view text = line.view();
+  for (sit::Line line; file.next(line);) {
+    const std::string_view text = line.text();
+    LogMsgV("Read ****: %s", sit::line_text(text).c_str());
     if (text.starts_with('#') || (!is_inside && !text.starts_with(format.opening))) continue;
     if (text.starts_with('\n')) return true;
     is_inside = true;
@@ -50,9 +47,12 @@ bool read_section(const sit::Input& file, const Format& format, sit::LineText& c
 
 int read_candidate(const char* path, const Format& format, sit::LineText& candidate) noexcept {
   if (sit::is_missing(path)) return 0;
-  const sit::UniqueFd file = sit::open_for_reading(path);
-  if (!file.is_open()) return SIT_PLUGINS_UNREADABLE;
-  const bool is_closed = read_section(sit::Input{file.get(), path}, format, candidate);
+  sit::LineReader file{path};
+  if (file.error() != 0) {
+    errno = file.error();
+    return SIT_PLUGINS_UNREADABLE;
+  }
+  const bool is_closed = read_section(file, format, candidate);
   return is_closed && !candidate.empty() ? OB_LOCATION_FOUND : OB_NO_LOCATION;
 }
 

@@ -8,7 +8,6 @@
 #include "pelver/keys.h"
 #include "sit/situtil.h"
 #include "situtil/copy.h"
-#include "situtil/shell.h"
 
 namespace {
 
@@ -25,11 +24,6 @@ sit::RuleText sit::rule(char character, std::size_t count) noexcept {
   RuleText text;
   for (std::size_t i = 0; i < count; ++i) static_cast<void>(text.append({&character, 1}));
   return text;
-}
-
-void sit::log_unfit_command(const char* tool) noexcept {
-  LogMsg("ERROR: The command of %s is longer than %d characters and is not run.\n", tool,
-         static_cast<int>(CommandLine::kMaxLength));
 }
 
 bool sit::is_directory(unsigned mode) noexcept {

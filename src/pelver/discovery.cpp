@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 
 #include <array>
-#include <cerrno>
 #include <cstdlib>
 
 #include "commutils/heap_text.h"
@@ -13,7 +12,7 @@
 #include "signals.h"
 #include "sit/commutils.h"
 #include "sit/situtil.h"
-#include "situtil/piece_reader.h"
+#include "situtil/lines.h"
 #include "situtil/temp_file.h"
 
 namespace {
@@ -83,16 +82,15 @@ bool find_launcher_value(std::string_view script, std::string_view& value) noexc
 }
 
 void discover_through_launcher(PHMVER** list, FILE* output) noexcept {
-  const sit::UniqueFd launcher = sit::open_for_reading(sit::kLauncher);
-  if (!launcher.is_open()) {
+  sit::LineReader launcher{sit::kLauncher};
+  if (launcher.error() != 0) {
     sit::print(output, {"Please set the PHM environment variable and execute again\n"});
     return;
   }
   sit::print(output, {"Extracting PHM from ", sit::kLauncher, "\n"});
   std::array<char, 255> bytes{};
-  const std::size_t held = sit::read_up_to(launcher.get(), bytes.data(), bytes.size());
   std::string_view value;
-  if (!find_launcher_value({bytes.data(), held}, value)) {
+  if (!find_launcher_value(launcher.read_beginning(bytes), value)) {
     sit::print(output, {"Unable to locate PHM in ", sit::kLauncher, "\n"});
     return;
   }
@@ -159,13 +157,12 @@ int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
   constexpr std::string_view kAssignment = "SET delvonInstallDir=";
   if (init_file == nullptr || buffer == nullptr) return 1;
   buffer[0] = '\0';
-  const sit::UniqueFd file = sit::open_for_reading(init_file);
-  if (!file.is_open()) return errno;
-  sit::PieceReader reader{sit::Input{file.get(), init_file}};
-  for (std::string_view line; reader.next(line);) {
-    line = sit::without_line_end(sit::up_to_nul(line));
-    if (!line.starts_with(kAssignment)) continue;
-    stcopy(buffer, sit::line_text(sit::tail(line, kAssignment.size())).c_str());
+  sit::LineReader reader{init_file};
+  if (reader.error() != 0) return reader.error();
+  for (sit::Line line; reader.next(line);) {
+    const std::string_view setting = line.content();
+    if (!setting.starts_with(kAssignment)) continue;
+    stcopy(buffer, sit::line_text(sit::tail(setting, kAssignment.size())).c_str());
     return buffer[0] != '\0' ? 0 : 1;
   }
   return 1;

@@ -4,10 +4,9 @@
 #include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "files.h"
-#include "handles.h"
 #include "pelver/pelver.h"
 #include "sit/situtil.h"
+#include "situtil/lines.h"
 
 namespace {
 
@@ -107,14 +106,13 @@ void getPelVerInfoFile(PHMVER* record, FILE* output) noexcept {
     sit::print(output, {"\n"});
     return;
   }
-  const sit::UniqueFd file = sit::open_for_reading(path.c_str());
-  if (!file.is_open()) {
+  sit::LineReader file{path.c_str()};
+  if (file.error() != 0) {
     sit::print(output, {"Unable to open version file ", path.view(), "\n\n"});
     return;
   }
   std::array<char, kVersionFileBytes> bytes{};
-  const std::size_t held = sit::read_up_to(file.get(), bytes.data(), bytes.size());
-  const std::string_view text{bytes.data(), held};
+  const std::string_view text = file.read_beginning(bytes);
 
   const std::size_t word = find_version_word(text);
   const std::string_view number =

@@ -10,15 +10,15 @@
 #include "session.h"
 #include "sit/prodlic.h"
 #include "sit/situtil.h"
+#include "situtil/command.h"
 #include "situtil/listing.h"
 #include "situtil/path.h"
-#include "situtil/shell.h"
 
 namespace {
 
 constexpr int kNamedByEnvironment = 3;
 constexpr int kDerived = 4;
-constexpr std::size_t kCommandBytes = 512;
+constexpr std::size_t kCommandLength = 511;
 // What must fit behind the directory: a configuration file's name, then "/installd.ini".
 constexpr std::size_t kConfigurationRoom = 11;
 constexpr std::size_t kInstallerRecordRoom = 13;
@@ -83,15 +83,10 @@ void run_listing_tool(const PHMVER& record) noexcept {
   char configuration[SIT_PATH_BYTES] = "";
   if (!announce_configuration(record, configuration) || !fits) return;
 
-  sit::BoundedText<kCommandBytes> stated;
-  sit::CommandLine command;
-  if (!sit::compose(stated, "The command", {"\"", tool.view(), "\" \"", configuration, "\""}) ||
-      !sit::append_quoted(command, tool.view()) || !command.append(" ") ||
-      !sit::append_quoted(command, configuration)) {
-    return;
-  }
+  sit::Command command{kCommandLength};
+  if (!command.quoted(tool.view()).raw(" ").quoted(configuration).fits()) return;
   LogMsgV("GetLicenseInfo: about to run  %s\n", command.c_str());
-  LogCmdOutput(command.c_str(), nullptr);
+  command.run();
 }
 
 // Writes the file under its underlined path. Returns what reading it gave.
@@ -169,7 +164,7 @@ int GenPelCfgName(char* destination, const PHMVER* record) noexcept {
 
 int GetFileListInfo(const PHMVER* record) noexcept {
   if (record == nullptr || !directory_exists(*record)) return 0;
-  sit::list_directory("-lLR", sit::text_of(record->dir), kCommandBytes - 1);
+  sit::list_directory("-lLR", sit::text_of(record->dir), kCommandLength);
   if ((record->flags & PK_WEBCLIENT) != 0) GetCommonFilesListInfo();
   return 0;
 }

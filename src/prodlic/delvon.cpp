@@ -5,11 +5,10 @@
 #include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "files.h"
 #include "sit/prodlic.h"
 #include "sit/situtil.h"
+#include "situtil/lines.h"
 #include "situtil/path.h"
-#include "situtil/piece_reader.h"
 
 namespace {
 
@@ -17,13 +16,11 @@ constexpr std::string_view kSetting = "SET delvonConfigDir";
 
 // The value of the first line that has the setting: empty when it has none, nothing when no line
 // has it.
-std::optional<sit::LineText> find_configuration_directory(const sit::Input& init_file) noexcept {
-  sit::PieceReader reader{init_file};
-  for (std::string_view line; reader.next(line);) {
-    line = sit::without_line_end(sit::up_to_nul(line));
-    const std::size_t setting = line.find(kSetting);
+std::optional<sit::LineText> find_configuration_directory(sit::LineReader& init_file) noexcept {
+  for (sit::Line line; init_file.next(line);) {
+    const std::size_t setting = line.content().find(kSetting);
     if (setting == std::string_view::npos) continue;
-    const std::string_view rest = sit::tail(line, setting + kSetting.size());
+    const std::string_view rest = sit::tail(line.content(), setting + kSetting.size());
     const std::size_t equals = rest.find('=');
     if (equals == std::string_view::npos) return sit::LineText{};
     return sit::line_text(sit::without_leading_blanks(sit::tail(rest, equals + 1)));
@@ -38,10 +35,9 @@ void copy_from(std::string_view from, std::string_view name, const char* to) noe
 }
 
 void copy_configuration(const char* init_file, const char* to) noexcept {
-  const sit::UniqueFd file = sit::open_for_reading(init_file);
-  if (!file.is_open()) return;
-  const std::optional<sit::LineText> directory =
-      find_configuration_directory(sit::Input{file.get(), init_file});
+  sit::LineReader reader{init_file};
+  if (reader.error() != 0) return;
+  const std::optional<sit::LineText> directory = find_configuration_directory(reader);
   if (!directory) {
     LogMsg(
         "Cannot find the delvonConfigDir setting in %s. Skipping copy of delvonweb.xml and "

@@ -18,12 +18,11 @@ sit::Outcome sit::run_into(const char* command, TempFile& output) noexcept {
   return outcome;
 }
 
-int sit::copy_into_report(Input input) noexcept {
+int sit::copy_into_report(Input& input) noexcept {
   std::array<char, 8192> block;
   for (;;) {
-    errno = 0;
     const std::size_t got = input.read(block.data(), block.size());
-    if (got == 0) return errno;
+    if (got == 0) return input.error();
     log_bytes({block.data(), got});
   }
 }
@@ -42,8 +41,9 @@ void LogCmdOutput(const char* command, const char* output) noexcept {
     return;
   }
   LogMsgV("\nExecuting:\n%s\n\n", command);
-  if (!sit::run_into(command, captured).has_started ||
-      sit::copy_into_report(sit::Input{captured}) != 0) {
+  const bool has_started = sit::run_into(command, captured).has_started;
+  sit::Input input{captured};
+  if (!has_started || sit::copy_into_report(input) != 0) {
     LogMsg("Failed to capture output from %s\n", command);
     LogMsgV("Failed to open file %s\n", captured.name());
   }
@@ -53,7 +53,9 @@ int ReadTextFile(const char* path) noexcept {
   if (path == nullptr) return ENOENT;
   const sit::UniqueFd file = sit::open_for_reading(path);
   if (!file.is_open()) return errno;
-  sit::copy_into_report(sit::Input{file.get(), path});
+  sit::Input input{file.get(), path};
+  sit::copy_into_report(input);
+  sit::log_if_cut_off(input, path);
   return 0;
 }
 

@@ -12,6 +12,6 @@ Outcome run_into(const char* command, TempFile& output) noexcept;
 
 // A copy need not look at lines: it goes by whole blocks, each flushed. Returns 0, or the error
 // that kept it from reading on.
-int copy_into_report(Input input) noexcept;
+int copy_into_report(Input& input) noexcept;
 
 }  // namespace sit

@@ -53,9 +53,8 @@ int copy_bytes(sit::Input source, int destination, bool trimmed) noexcept {
   std::array<char, 32768> block;
   if (!trimmed) source.send_to(destination);
   for (;;) {
-    errno = 0;
     const std::size_t got = source.read(block.data(), block.size());
-    if (got == 0) return errno;
+    if (got == 0) return source.error();
     std::string_view text{block.data(), got};
     if (trimmed) trimmed = !drop_line(text);
     if (!sit::write_all(destination, text)) return errno;

@@ -39,9 +39,11 @@ Input::Input(const TempFile& file) noexcept
     : fd_(file.fd()), left_(static_cast<std::size_t>(file.size())), offset_(0) {}
 
 std::size_t Input::fetch(char* bytes, std::size_t count) noexcept {
-  if (offset_ < 0) return read_some(fd_, bytes, count);
-  const std::size_t got = read_some_at(fd_, bytes, count, offset_);
-  offset_ += static_cast<off_t>(got);
+  errno = 0;
+  const std::size_t got =
+      offset_ < 0 ? read_some(fd_, bytes, count) : read_some_at(fd_, bytes, count, offset_);
+  if (got == 0) error_ = errno;
+  if (offset_ >= 0) offset_ += static_cast<off_t>(got);
   return got;
 }
 
@@ -61,14 +63,18 @@ bool Input::tells_size() noexcept {
 }
 
 void Input::look_for_more() noexcept {
-  const int error = errno;
   std::array<char, 512> more;  // some files give no single bytes
   is_sizeless_ = false;
   if (fetch(more.data(), more.size()) > 0) {
     LogMsg("\nWARNING: Only the first %d bytes of %s were read.\n",
            static_cast<int>(kMostOfSizeless), name_);
   }
-  errno = error;
+  error_ = 0;
+}
+
+void log_if_cut_off(const Input& input, const char* name) noexcept {
+  if (input.error() == 0) return;
+  LogMsg("\nERROR: Reading %s failed before its end, errno = %d\n", name, input.error());
 }
 
 void Input::send_to(int destination) noexcept {

@@ -21,9 +21,12 @@ class Input {
   // All that a temporary file held when it was sealed, wherever the command that writes to it is.
   explicit Input(const TempFile& file) noexcept;
 
-  // Reads at most `count` bytes. Returns the number read; 0 at the end, errno then being as it was,
-  // or when the file cannot be read.
+  // Reads at most `count` bytes. Returns the number read; 0 at the end, or when the file cannot be
+  // read.
   [[nodiscard]] std::size_t read(char* bytes, std::size_t count) noexcept;
+
+  // 0, or why reading came to no end.
+  [[nodiscard]] int error() const noexcept { return error_; }
 
   // Whether the file tells its size; an empty one does.
   [[nodiscard]] bool tells_size() noexcept;
@@ -39,7 +42,11 @@ class Input {
   std::size_t left_;
   off_t offset_ = -1;  // of the next byte; -1: where the descriptor stands
   bool is_sizeless_ = false;
+  int error_ = 0;
   const char* name_ = nullptr;
 };
+
+// Says so in the report when reading the file came to no end.
+void log_if_cut_off(const Input& input, const char* name) noexcept;
 
 }  // namespace sit

@@ -11,18 +11,18 @@
 #include "files.h"
 #include "handles.h"
 #include "sit/situtil.h"
+#include "situtil/command.h"
 #include "situtil/input.h"
-#include "situtil/shell.h"
 
 namespace {
 
 constexpr std::size_t kListingLength = 255;
-using Command = sit::BoundedText<512>;
+constexpr std::size_t kCopyLength = 511;
 
 // Whether a copy of the file comes to an end: it is no device and no FIFO, nor goes on without a
 // size as those under /proc do.
 bool has_end(std::string_view name) noexcept {
-  Command path;
+  sit::BoundedText<kCopyLength + 1> path;
   static_cast<void>(path.append(name));
   const sit::UniqueFd file = sit::open_for_reading(path.c_str());
   if (!file.is_open()) return errno != EINVAL;
@@ -42,15 +42,8 @@ bool all_have_end(std::string_view names) noexcept {
 
 void sit::list_directory(std::string_view options, std::string_view directory,
                          std::size_t max_length) noexcept {
-  const std::initializer_list<std::string_view> words{"ls ", options, " \"", directory, "\""};
-  Command stated;
-  CommandLine command;
-  if (stated.append(words) && stated.size() <= max_length &&
-      command.append({"ls ", options, " "}) && append_quoted(command, directory)) {
-    LogCmdOutput(command.c_str(), nullptr);
-  } else {
-    LogString(TooLong{"The command", words, max_length}.c_str());
-  }
+  Command command{max_length};
+  command.raw("ls ").raw(options).raw(" ").quoted(directory).run();
   LogMsg("\n");
 }
 
@@ -68,15 +61,13 @@ int ListFiles(const char* directory, int recursive) noexcept {
 void MyCopy(const char* source, const char* destination) noexcept {
   const std::string_view from = sit::text_of(source);
   const std::string_view to = sit::text_of(destination);
-  Command stated;
-  if (!sit::compose(stated, "The command", {"cp ", from, " ", to, "\n"})) return;
+  sit::Command command{kCopyLength};
+  if (!command.raw("cp").words(from).words(to).raw("\n").fits()) return;
   if (FileExists(source) == 0) {
     LogMsg("\nCannot copy %s because file does not exist.\n", source);
     return;
   }
-  sit::CommandLine command;
-  if (!command.append("cp") || !sit::append_words(command, from) ||
-      !sit::append_words(command, to)) {
+  if (!command.has_mere_words()) {
     LogMsg(
         "\nERROR: Not copying %s to %s: the shell or cp would not take these names as they "
         "stand.\n",
@@ -88,8 +79,7 @@ void MyCopy(const char* source, const char* destination) noexcept {
     return;
   }
   LogMsg("\nCopying %s...\n", source);
-  static_cast<void>(command.append("\n"));
-  LogCmdOutput(command.c_str(), nullptr);
+  command.run();
 }
 
 }  // extern "C"

@@ -7,7 +7,7 @@
 namespace sit {
 
 // Writes what "ls" with the options prints about the directory into the open report; says so when
-// that makes a command of more than `max_length` (at most 511) characters.
+// that makes a command of more than `max_length` characters.
 void list_directory(std::string_view options, std::string_view directory,
                     std::size_t max_length) noexcept;
 

@@ -52,12 +52,13 @@ int GetApacheInfo(const char* path, const char* server_root) noexcept {
 }
 
 void FindApacheScriptAlias(const char* httpd_conf, const char* server_root) noexcept {
-  sit::ConfReader reader{httpd_conf};
+  sit::LineReader reader{httpd_conf};
   if (reader.error() != 0) return;
   sit::ScriptDirectories directories{kScriptAliasWords};
-  for (std::string_view line; reader.next(line);) {
-    if (!skip_keyword(line)) continue;
-    const sit::ConfValue alias = sit::read_value(line);
+  for (sit::Line line; reader.next(line);) {
+    std::string_view values = line.text();
+    if (!skip_keyword(values)) continue;
+    const sit::ConfValue alias = sit::read_value(values);
     const sit::ConfValue value = sit::read_value(alias.rest);
     sit::Path directory;
     if (sit::make_absolute(directory, value.text, sit::text_of(server_root))) {

@@ -16,10 +16,11 @@ constexpr sit::ScriptWords kCgiWords{
 
 // The object file that magnus.conf loads, valid until the reader reads on; empty when it loads
 // none.
-std::string_view loaded_objects(sit::ConfReader& reader) noexcept {
+std::string_view loaded_objects(sit::LineReader& reader) noexcept {
   constexpr std::string_view kKeyword = "LoadObjects ";
-  for (std::string_view line; reader.next(line);) {
-    if (line.starts_with(kKeyword)) return sit::read_value(sit::tail(line, kKeyword.size())).text;
+  for (sit::Line line; reader.next(line);) {
+    if (!line.text().starts_with(kKeyword)) continue;
+    return sit::read_value(sit::tail(line.text(), kKeyword.size())).text;
   }
   return {};
 }
@@ -65,7 +66,7 @@ extern "C" {
 int GetNetscapeObjConf(const char* magnus_conf, const char* instance, char* output) noexcept {
   if (output == nullptr) return EINVAL;
   output[0] = '\0';
-  sit::ConfReader reader{magnus_conf};
+  sit::LineReader reader{magnus_conf};
   if (reader.error() != 0) {
     LogMsg("Error opening %s for reading, errno = %d\n", magnus_conf, reader.error());
     return reader.error();
@@ -79,14 +80,15 @@ int GetNetscapeObjConf(const char* magnus_conf, const char* instance, char* outp
 }
 
 int LogNetscapeCGIDirs(const char* object_file) noexcept {
-  sit::ConfReader reader{object_file};
+  sit::LineReader reader{object_file};
   if (reader.error() != 0) {
     LogMsg("Unable to open %s for reading, errno=%d\n", object_file, reader.error());
     return reader.error();
   }
   sit::ScriptDirectories directories{kCgiWords};
-  for (std::string_view line; reader.next(line);) {
-    if (maps_cgi(line)) directories.list(value_of(line, "dir="), value_of(line, "from="));
+  for (sit::Line line; reader.next(line);) {
+    if (!maps_cgi(line.text())) continue;
+    directories.list(value_of(line.text(), "dir="), value_of(line.text(), "from="));
   }
   directories.finish(object_file);
   return SIT_OK;

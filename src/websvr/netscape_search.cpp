@@ -15,21 +15,20 @@ namespace {
 
 // Only the first server id of the file counts.
 bool has_server_id(const char* conf, const char* server_name) noexcept {
-  sit::ConfReader reader{conf};
+  sit::LineReader reader{conf};
   if (reader.error() != 0) {
     LogMsgV("Failed to open config file %s, errno=%d\n\n", conf, reader.error());
     return false;
   }
   const std::string_view marker = sit::text_of(nsSrvId);
-  std::string_view line;
+  sit::Line line;
   std::size_t found = std::string_view::npos;
   while (found == std::string_view::npos) {
     if (!reader.next(line)) return false;
-    found = line.find(marker);
+    found = line.text().find(marker);
   }
-  LogMsgV("Found 'ServerID' in conf file, line is:\n  %s\n", sit::line_text(line).c_str());
-  const sit::LineText id =
-      sit::line_text(sit::without_line_end(sit::tail(line, found + marker.size())));
+  LogMsgV("Found 'ServerID' in conf file, line is:\n  %s\n", sit::line_text(line.text()).c_str());
+  const sit::LineText id = sit::line_text(sit::tail(line.content(), found + marker.size()));
   LogMsgV("Comparing '%s' to '%s'\n", id.c_str(), server_name);
   if (id.view() != server_name) return false;
   LogMsgV("Found server %s, as required\n", server_name);

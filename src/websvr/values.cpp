@@ -1,24 +1,10 @@
 // Values of configuration lines, and the paths among them.
-#include <cerrno>
-
 #include "commfile.h"
 #include "commutils/views.h"
-#include "files.h"
 #include "sit/commutils.h"
 #include "websvr/websvr.h"
 
 namespace sit {
-
-ConfReader::ConfReader(const char* path) noexcept
-    : file_(open_for_reading(path == nullptr ? "" : path)),
-      error_(file_.is_open() ? 0 : errno),
-      reader_(Input{file_.get(), path}) {}
-
-bool ConfReader::next(std::string_view& line) noexcept {
-  if (!reader_.next(line)) return false;
-  line = up_to_nul(line);
-  return true;
-}
 
 ConfValue read_value(std::string_view line) noexcept {
   line = head(line, line.find_first_of("\r\n"));

@@ -3,10 +3,9 @@
 
 #include <string_view>
 
-#include "handles.h"
 #include "sit/websvr.h"
+#include "situtil/lines.h"
 #include "situtil/path.h"
-#include "situtil/piece_reader.h"
 
 namespace sit {
 
@@ -14,22 +13,6 @@ namespace sit {
 struct ConfValue {
   std::string_view text;
   std::string_view rest;
-};
-
-// A configuration file, line by line.
-class ConfReader {
- public:
-  explicit ConfReader(const char* path) noexcept;
-
-  // 0, or why the file could not be opened.
-  [[nodiscard]] int error() const noexcept { return error_; }
-  // The line is valid until the next one is read.
-  [[nodiscard]] bool next(std::string_view& line) noexcept;
-
- private:
-  UniqueFd file_;
-  int error_;
-  PieceReader reader_;
 };
 
 [[nodiscard]] ConfValue read_value(std::string_view line) noexcept;
