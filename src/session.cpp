@@ -3,32 +3,18 @@
 #include <pwd.h>
 #include <unistd.h>
 
-#include <cstddef>
-#include <cstdint>
+namespace sit {
 
-extern "C" {
-
-constinit SitSession* pc = nullptr;
-constinit std::int32_t IsInitiated = 0;
-constinit std::int32_t IsVerbose = 0;
-constinit std::int32_t nopel = 0;
-constinit PlatformOps* p_sitfunctbl = nullptr;
-
-const char* getusername() noexcept {
+const char* user_name() noexcept {
   const passwd* entry = ::getpwuid(::getuid());
   return entry == nullptr || entry->pw_name == nullptr ? "" : entry->pw_name;
 }
 
-int getHost(char* buffer) noexcept {
-  constexpr std::size_t kBytes = 255;
-  if (buffer == nullptr) return 1;
+bool read_host_name(char* buffer) noexcept {
   buffer[0] = '\0';
-  if (::gethostname(buffer, kBytes) != 0) {
-    buffer[0] = '\0';
-    return 1;
-  }
-  buffer[kBytes - 1] = '\0';
-  return 0;
+  const bool is_known = ::gethostname(buffer, kHostNameBytes) == 0;
+  buffer[is_known ? kHostNameBytes - 1 : 0] = '\0';
+  return is_known;
 }
 
-}  // extern "C"
+}  // namespace sit

@@ -1,17 +1,18 @@
-#include "sit/unixsit.h"
+#include "unixsit.h"
 
 #include <sys/utsname.h>
 
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
 
-#include "sit/situtil.h"
-#include "sit/usysinfo.h"
+#include "file_status.h"
 #include "situtil/capture.h"
 #include "situtil/path.h"
 
+namespace sit::unixsit {
 namespace {
 
 struct ClosePipe {
@@ -21,37 +22,28 @@ using UniquePipe = std::unique_ptr<FILE, ClosePipe>;
 
 }  // namespace
 
-extern "C" {
-
-constinit PlatformOps sitfunctbl = {FindPelInstUnix, GetUnixVers,    GetEnvVarUnix,
-                                    sitIntegerNoOp,  GetUnixSysInfo, sitIntegerNoOp,
-                                    sitIntegerNoOp,  sitIntegerNoOp};
-
-int FindPelInstUnix() noexcept {
+int find_installation() noexcept {
   const char* directory = std::getenv("PHM");
   if (directory == nullptr) return 1;
-  sit::Path path;
-  return sit::join_path(path, {directory, "version"}) && FileExists(path.c_str()) != 0 ? 0 : 2;
+  Path path;
+  return join_path(path, {directory, "version"}) && exists(path.c_str()) ? 0 : 2;
 }
 
-int GetUnixVers(char* buffer) noexcept {
+int write_os_version(char* buffer) noexcept {
   utsname names{};
-  if (buffer == nullptr) return 0;
   buffer[0] = '\0';
   if (::uname(&names) != 0) return 0;
-  const int length = std::snprintf(buffer, SIT_PATH_BYTES, "%s %s %s %s %s  \n", names.sysname,
+  const int length = std::snprintf(buffer, Path::kBytes, "%s %s %s %s %s  \n", names.sysname,
                                    names.nodename, names.release, names.version, names.machine);
-  return std::min(length, SIT_PATH_BYTES - 1);
+  return std::min(length, static_cast<int>(Path::kMaxLength));
 }
 
-int GetEnvVarUnix() noexcept {
+bool list_environment() noexcept {
   const UniquePipe listing{::popen("set", "re")};
-  if (listing == nullptr) return 1;
-  sit::Input input{::fileno(listing.get()), SIZE_MAX};
-  sit::copy_into_report(input);
-  return 0;
+  if (listing == nullptr) return false;
+  Input input{::fileno(listing.get()), SIZE_MAX};
+  log_input(input);
+  return true;
 }
 
-int sitIntegerNoOp(...) noexcept { return 0; }
-
-}  // extern "C"
+}  // namespace sit::unixsit

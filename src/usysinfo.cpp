@@ -1,29 +1,11 @@
-// System information: which commands are tried, and how their sections are written.
-#include "sit/usysinfo.h"
+#include "usysinfo.h"
 
 #include "commfile.h"
+#include "commutils/views.h"
+#include "sit/usysinfo.h"
 #include "situtil/capture.h"
 
-extern "C" {
-
-const char* MACHLST[] = {"uname -X", "uname -a", "uname", nullptr};
-const char* ULIMITLST[] = {"ulimit -a", "ulimit", nullptr};
-const char* SWAPLST[] = {"free", "vmstat", nullptr};
-const char* MNTLST[] = {"mount", "/etc/mount", "/usr/sbin/mount", nullptr};
-const char* DSKLST[] = {"df -k", "df", nullptr};
-const char* SYSTABLST[] = {"sar -v 1 1", "/etc/pstat -T", nullptr};
-const char* KNLLST[] = {"sysctl -a", "/sbin/sysctl -a", nullptr};
-const char* SEMLST[] = {"ipcs -s", "ipcs -sa", "/etc/sysdef | grep SEM", nullptr};
-const char* SHMLST[] = {"ipcs -m", "ipcs -ma", "/etc/sysdef | grep SHM", nullptr};
-const char* PRDLST[] = {"rpm -qa", nullptr};
-const char* PROCLST[] = {"ps -eflyw", "ps -eflw", "ps -elfy", "ps -efl",
-                         "ps -ef",    "ps -auwx", "ps",       nullptr};
-const char* NETLST[] = {"netstat -a", "/usr/bin/netstat -a", "netstat", "/usr/bin/netstat",
-                        nullptr};
-const char* PCHLST[] = {nullptr};
-
-}  // extern "C"
-
+namespace sit::usysinfo {
 namespace {
 
 // A section has a list of alternatives, of which at most `limit` are tried, or a single command.
@@ -51,18 +33,22 @@ constexpr Section kSections[] = {
     {"Patch Information", PCHLST, 7},
 };
 
-bool begin_output(const sit::TempFile& output, const char* failure) noexcept {
-  if (!output.is_made()) LogString(failure);
+void log_output(const TempFile& output) noexcept {
+  Input input{output};
+  log_input(input);
+}
+
+bool begin_output(const TempFile& output, const char* failure) noexcept {
+  if (!output.is_made()) log_text(failure);
   return output.is_made();
 }
 
 // Runs the command and copies its output if it succeeds.
-bool write_if_successful(const char* command, sit::TempFile& output) noexcept {
-  LogMsgV("Executing %s ...\n", command);
-  if (sit::run_into(command, output).result != 0) return false;
-  LogMsg("Command: %s\n\n", command);
-  sit::Input input{output};
-  sit::copy_into_report(input);
+bool write_if_successful(const char* command, TempFile& output) noexcept {
+  log_verbose("Executing %s ...\n", command);
+  if (run_into(command, output).result != 0) return false;
+  log("Command: %s\n\n", command);
+  log_output(output);
   return true;
 }
 
@@ -73,11 +59,11 @@ enum class Tried { kSuccess, kAllFailed, kNoFile };
 Tried try_commands(const char** list, int limit) noexcept {
   int tried = 0;
   do {
-    sit::TempFile output;
+    TempFile output;
     if (!begin_output(output, "execcmdlist: Failed to create temp file, exiting\n")) {
       return Tried::kNoFile;
     }
-    if (tried == 0) LogMsgV("Temp Log file is %s\n", output.name());
+    if (tried == 0) log_verbose("Temp Log file is %s\n", output.name());
     if (tried < limit && write_if_successful(list[tried], output)) return Tried::kSuccess;
   } while (++tried < limit && list[tried] != nullptr);
   return Tried::kAllFailed;
@@ -85,47 +71,42 @@ Tried try_commands(const char** list, int limit) noexcept {
 
 }  // namespace
 
-extern "C" {
-
-int GetUnixSysInfo(int16_t section) noexcept {
-  if (section != 0) return 0;
-  for (const Section& entry : kSections) {
-    if (entry.command != nullptr) {
-      execonecmd(entry.title, entry.command);
+void write_all_sections() noexcept {
+  for (const Section& section : kSections) {
+    if (section.command != nullptr) {
+      write_section(section.title, section.command);
     } else {
-      execcmdlist(entry.title, entry.list, entry.limit);
+      write_section(section.title, section.list, section.limit);
     }
   }
-  return 0;
 }
 
-void execcmdlist(const char* title, const char* list[], int limit) noexcept {
-  LogTitle(title);
+void write_section(const char* title, const char** list, int limit) noexcept {
+  log_title(text_of(title));
   if (list == nullptr || list[0] == nullptr) {
-    LogString("No commands listed for this section\n");
+    log_text("No commands listed for this section\n");
     return;
   }
   const Tried tried = try_commands(list, limit);
   if (tried == Tried::kNoFile) return;
   if (tried == Tried::kAllFailed) {
-    LogString("Unable to extract information.\n");
-    LogString("The following commands were executed, but returned an error status:\n");
-    for (int i = 0; i < limit && list[i] != nullptr; ++i) LogMsg("  %s\n", list[i]);
+    log_text("Unable to extract information.\n");
+    log_text("The following commands were executed, but returned an error status:\n");
+    for (int i = 0; i < limit && list[i] != nullptr; ++i) log("  %s\n", list[i]);
   }
-  LogString("\n\n");
+  log_text("\n\n");
 }
 
-void execonecmd(const char* title, const char* command) noexcept {
-  LogTitle(title);
-  LogMsg("Command: %s\n\n", command);
-  sit::TempFile output;
+void write_section(const char* title, const char* command) noexcept {
+  log_title(text_of(title));
+  log("Command: %s\n\n", command);
+  TempFile output;
   if (!begin_output(output, "execonecmd: Failed to create temp file, exiting\n")) return;
-  LogMsgV("Temp Log file is %s\n", output.name());
-  LogMsgV("Executing %s ...\n", command);
-  sit::run_into(command, output);
-  sit::Input input{output};
-  sit::copy_into_report(input);
-  LogString("\n\n");
+  log_verbose("Temp Log file is %s\n", output.name());
+  log_verbose("Executing %s ...\n", command);
+  run_into(command, output);
+  log_output(output);
+  log_text("\n\n");
 }
 
-}  // extern "C"
+}  // namespace sit::usysinfo

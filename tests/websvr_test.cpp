@@ -50,7 +50,8 @@ TEST_F(WebServer, ApacheConfigurationsThatCannotBeRead) {
   fs::remove(conf);
   fs::create_directory(conf);
   expect_report(root(), 0,
-                start + "\n\n" + title("Apache ScriptAlias Directory Listings") +
+                start + test::no_file(conf) + "\n\n" +
+                    title("Apache ScriptAlias Directory Listings") + test::no_file(conf) +
                     "\n\nNo ScriptAlias directories found in " + conf + "\n\n");
 }
 

@@ -16,13 +16,14 @@ namespace sit {
 template <std::size_t Bytes>
 class BoundedText {
  public:
+  static constexpr std::size_t kBytes = Bytes;
   static constexpr std::size_t kMaxLength = Bytes - 1;
 
   constexpr BoundedText() noexcept { bytes_[0] = '\0'; }
 
   [[nodiscard]] bool append(std::string_view piece) noexcept {
     if (piece.size() > kMaxLength - length_) return false;
-    *put(bytes_.data() + length_, piece) = '\0';
+    put_text(bytes_.data() + length_, piece);
     length_ += piece.size();
     return true;
   }

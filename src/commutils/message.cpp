@@ -1,14 +1,14 @@
-// The message formatter.
-#include <array>
-#include <cstdarg>
+#include "commutils/message.h"
+
 #include <cstddef>
 #include <cstring>
 #include <string_view>
 
+#include "commutils/numbers.h"
 #include "commutils/views.h"
 #include "sit/codes.h"
-#include "sit/commutils.h"
 
+namespace sit {
 namespace {
 
 // The caller's buffer, filled from its start. A message is for reading, so unlike a path it may
@@ -22,7 +22,7 @@ class Message {
   }
   void add(std::string_view text) noexcept {
     const auto room = static_cast<std::size_t>(limit_ - next_);
-    next_ = sit::put(next_, sit::head(text, room));
+    next_ = put(next_, head(text, room));
   }
   [[nodiscard]] bool full() const noexcept { return next_ >= limit_; }
   void terminate() noexcept { *next_ = '\0'; }
@@ -37,15 +37,13 @@ constexpr std::string_view kConversions = "sdilxXcr";
 // The analyzer does not see through the pointer that the list has been copied.
 // NOLINTBEGIN(clang-analyzer-valist.Uninitialized)
 void convert(char conversion, va_list* arguments, Message& message) noexcept {
-  std::array<char, 12> digits{};
   switch (conversion) {
     case 's':
-      message.add(sit::text_of(va_arg(*arguments, const char*)));
+      message.add(text_of(va_arg(*arguments, const char*)));
       break;
     case 'x':
     case 'X':
-      intohl2(va_arg(*arguments, unsigned), digits.data());
-      message.add(std::string_view{digits.data()});
+      message.add(NumberText::hexadecimal(va_arg(*arguments, unsigned)).view());
       break;
     case 'c':
       message.add(static_cast<char>(va_arg(*arguments, int)));
@@ -54,8 +52,7 @@ void convert(char conversion, va_list* arguments, Message& message) noexcept {
       message.add('\n');
       break;
     default:
-      intoal(va_arg(*arguments, int), digits.data());
-      message.add(std::string_view{digits.data()});
+      message.add(NumberText::decimal(va_arg(*arguments, int)).view());
       break;
   }
 }
@@ -70,7 +67,7 @@ const char* skip_annotation(const char* format) noexcept {
 
 }  // namespace
 
-extern "C" void msgsub(char* output, const char* format, va_list arguments) noexcept {
+void format_message(char* output, const char* format, std::va_list arguments) noexcept {
   if (output == nullptr) return;
   Message message{output};
   // A parameter of this type may be a mere pointer; the copy is the real thing everywhere.
@@ -93,3 +90,5 @@ extern "C" void msgsub(char* output, const char* format, va_list arguments) noex
   va_end(taken);
   message.terminate();
 }
+
+}  // namespace sit

@@ -15,6 +15,10 @@ inline std::string_view text_of(const char* text) noexcept {
   return text == nullptr ? std::string_view{} : std::string_view{text};
 }
 
+inline bool contains(std::string_view text, std::string_view part) noexcept {
+  return text.find(part) != std::string_view::npos;
+}
+
 inline bool is_missing(const char* text) noexcept { return text == nullptr || *text == '\0'; }
 
 // The part of `text` before `count`, and the part from there on.
@@ -71,10 +75,17 @@ inline char* put(char* to, std::string_view text) noexcept {
   return to + text.size();
 }
 
+// The same with a terminator, to which it returns a pointer.
+inline char* put_text(char* to, std::string_view text) noexcept {
+  char* end = put(to, text);
+  *end = '\0';
+  return end;
+}
+
 // Stores `text` with a terminator in `field` when it fits whole; else leaves the field alone.
 [[nodiscard]] inline bool store(std::span<char> field, std::string_view text) noexcept {
   if (text.size() >= field.size()) return false;
-  *put(field.data(), text) = '\0';
+  put_text(field.data(), text);
   return true;
 }
 

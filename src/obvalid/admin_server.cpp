@@ -1,15 +1,15 @@
-// The admin server of an installation: whether there is one, and where it works.
+#include "obvalid/admin_server.h"
+
 #include <cstdlib>
 #include <string_view>
 
-#include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "obvalid/obvalid.h"
-#include "sit/situtil.h"
-#include "situtil/lines.h"
-#include "situtil/path.h"
+#include "file_status.h"
+#include "pelver/installations.h"
+#include "pelver/keys.h"
 
+namespace sit::obvalid {
 namespace {
 
 constexpr unsigned kKindsWithoutPlugins = PK_WEBCLIENT | PK_FRAMEWORK | PK_MONITOR;
@@ -17,91 +17,76 @@ constexpr int kFirstRelease = 9;
 
 bool is_of_version(const PHMVER& record, const char* version) noexcept {
   return version != nullptr && record.version != nullptr &&
-         sit::equal_ignoring_case(record.version, version) && record.bitness == GetBitness(version);
+         equal_ignoring_case(record.version, version) &&
+         record.bitness == pelver::bitness_named_in(version);
 }
 
-// The first path in double quotes that exists.
-bool find_existing(std::string_view text, sit::Path& path) noexcept {
+// The first path in double quotes that exists; empty when none does.
+Path find_existing(std::string_view text) noexcept {
   for (;;) {
     const std::size_t opening = text.find('"');
-    if (opening == std::string_view::npos) return false;
-    text = sit::tail(text, opening + 1);
+    if (opening == std::string_view::npos) return {};
+    text = tail(text, opening + 1);
     const std::size_t closing = text.find('"');
-    if (closing == std::string_view::npos) return false;
-    path = sit::Path{};
-    if (path.append(sit::head(text, closing)) && FileExists(path.c_str()) != 0) return true;
-    text = sit::tail(text, closing + 1);
+    if (closing == std::string_view::npos) return {};
+    Path path;
+    if (path.append(head(text, closing)) && exists(path.c_str())) return path;
+    text = tail(text, closing + 1);
   }
 }
 
 // Looks through the first line of the control script that uses the work directory: its defaults
 // stand behind the variable and one character more.
-bool find_in_control_script(const PHMVER& record, sit::Path& directory) noexcept {
+Path find_in_control_script(const PHMVER& record) noexcept {
   constexpr std::string_view kVariable = "\"$WRKDIR\"";
-  sit::Path script;
-  if (!sit::compose(script, "The path", {sit::text_of(record.dir), "/bin/peladsv"})) return false;
-  sit::LineReader reader{script.c_str()};
-  for (sit::Line line; reader.next(line);) {
+  Path script;
+  if (!compose_path(script, {text_of(record.dir), "/bin/peladsv"})) return {};
+  LineReader reader{script.c_str()};
+  for (Line line; reader.next(line);) {
     const std::size_t variable = line.text().find(kVariable);
     if (variable == std::string_view::npos) continue;
-    return find_existing(sit::tail(line.text(), variable + kVariable.size() + 1), directory);
+    return find_existing(tail(line.text(), variable + kVariable.size() + 1));
   }
-  return false;
+  return {};
 }
 
 }  // namespace
 
-PHMVER* sit::find_plain_installation(const char* version) noexcept {
-  for (PHMVER* record = pphm; record != nullptr; record = record->next) {
-    if (is_of_version(*record, version) && IsCorrectProduct(record, SEL_PRODUCT) != 0) {
-      return record;
-    }
-  }
-  return nullptr;
-}
-
-bool sit::own_plugins_file(const PHMVER& record, LineText& path) noexcept {
+LineText own_plugins_file(const PHMVER& record) noexcept {
   const std::string_view name = record.major == kFirstRelease
                                     ? "/AdminServerPlugins.dat"
                                     : "/properties/AdminServerPlugins.properties";
-  return compose(path, "The path", {text_of(record.dir), name});
+  LineText path;
+  static_cast<void>(compose_path(path, {text_of(record.dir), name}));
+  return path;
 }
 
-extern "C" {
-
-void GetAdminServerPluginsFile(const PHMVER* record, char* buffer) noexcept {
-  if (buffer == nullptr) return;
-  buffer[0] = '\0';
-  if (record == nullptr || (record->flags & kKindsWithoutPlugins) != 0 ||
-      record->major < kFirstRelease) {
-    return;
-  }
-  if (sit::LineText path; sit::own_plugins_file(*record, path)) {
-    static_cast<void>(sit::store({buffer, sit::LineText::kMaxLength + 1}, path.view()));
-  }
+LineText default_plugins_file(const PHMVER& record) noexcept {
+  const bool has_none =
+      pelver::is_of_kind(record, kKindsWithoutPlugins) || record.major < kFirstRelease;
+  return has_none ? LineText{} : own_plugins_file(record);
 }
 
-int FindAdminServer(const char* version) noexcept {
-  for (const PHMVER* record = pphm; record != nullptr; record = record->next) {
-    if (!is_of_version(*record, version)) continue;
-    char plugins_file[sit::LineText::kMaxLength + 1];
-    GetAdminServerPluginsFile(record, plugins_file);
-    if (FileExists(plugins_file) != 0) return 1;
-  }
-  return 0;
+bool has_admin_server(const char* version) noexcept {
+  return pelver::installations().find([version](const PHMVER& record) {
+    return is_of_version(record, version) && exists(default_plugins_file(record).c_str());
+  }) != nullptr;
 }
 
-char* GetAdmSrvWrkDir(const char* version) noexcept {
-  PHMVER* record = sit::find_plain_installation(version);
-  if (record == nullptr) return nullptr;
-  if (char* value = std::getenv("WRKDIR"); value != nullptr) {
-    sit::replace_field(record->wrkDir, value);
-    return value;
-  }
-  sit::Path directory;
-  if (!find_in_control_script(*record, directory)) return nullptr;
-  sit::replace_field(record->wrkDir, directory.view());
-  return sit::duplicate(directory.view()).release();
+PHMVER* find_plain_installation(const char* version) noexcept {
+  return pelver::installations().find([version](const PHMVER& record) {
+    return is_of_version(record, version) && pelver::belongs_to(record, SEL_PRODUCT);
+  });
 }
 
-}  // extern "C"
+WorkDirectory find_work_directory(const char* version) noexcept {
+  WorkDirectory directory;
+  PHMVER* record = find_plain_installation(version);
+  if (record == nullptr) return directory;
+  directory.given = std::getenv("WRKDIR");
+  if (directory.given == nullptr) directory.found = find_in_control_script(*record);
+  if (directory.is_known()) replace_field(record->wrkDir, directory.c_str());
+  return directory;
+}
+
+}  // namespace sit::obvalid

@@ -1,92 +1,104 @@
 // Validation of the broker properties file by the installation's check tools.
+#include <span>
+#include <string_view>
+
 #include "commfile.h"
+#include "commutils/text.h"
+#include "commutils/views.h"
+#include "file_status.h"
+#include "obvalid/location.h"
 #include "obvalid/obvalid.h"
-#include "sit/situtil.h"
+#include "obvalid/properties.h"
 
-const CheckTool scripts[SIT_CHECK_TOOLS] = {
-    {"rgconfig", "Registry"}, {"wpconfig", "WP"},         {"apconfig", "AP"},  {"hgaconfig", "HGA"},
-    {"dxconfig", "DX"},       {"bridgeconfig", "Bridge"}, {"wgaconfig", "WGA"}};
-
+namespace sit::obvalid {
 namespace {
 
 constexpr int kCheckFailed = 1;
 
-struct Checks {
-  int current_status;  // first the plugins file's, then that of the tool run last
+// One validation as far as it has come.
+struct Validation {
+  const PHMVER& record;
+  std::string_view broker;
+  BrokerLocation location;
+  ParameterFiles parameter_files;
+  int status;  // first the plugins file's, then that of the tool run last
   int tools = 0;
   bool failed = false;
 };
 
 void write_banner(const char* type) noexcept {
-  const sit::RuleText rule = sit::rule('#', 86);
-  LogMsg("\n\n%s\n#\n# ", rule.c_str());
-  LogMsg("VALIDATION FOR TYPE: %s\n", type);
-  LogMsg("#\n%s\n", rule.c_str());
+  const RuleText line = rule('#', 86);
+  log("\n\n%s\n#\n# ", line.c_str());
+  log("VALIDATION FOR TYPE: %s\n", type);
+  log("#\n%s\n", line.c_str());
 }
 
 // Runs one tool, if the installation has it. True when the broker that is looked for was found.
-bool check(const PHMVER& record, const CheckTool& script, const char* broker,
-           Checks& checks) noexcept {
-  sit::Path tool;
-  if (!sit::compose(tool, "The path", {sit::text_of(record.dir), "/bin/", script.tool})) {
+bool run_tool(const CheckTool& script, Validation& validation) noexcept {
+  Path tool;
+  if (!compose_path(tool, {text_of(validation.record.dir), "/bin/", script.tool})) return false;
+  log_verbose("Trying to locate %s\n", tool.c_str());
+  if (!exists(tool.c_str())) {
+    log_verbose("Could not find %s\n", tool.c_str());
     return false;
   }
-  LogMsgV("Trying to locate %s\n", tool.c_str());
-  if (FileExists(tool.c_str()) == 0) {
-    LogMsgV("Could not find %s\n", tool.c_str());
-    return false;
-  }
-  ++checks.tools;
+  ++validation.tools;
   write_banner(script.type);
-  checks.current_status =
-      ValidateOBInstance(record.version, tool.c_str(), broker, obroker, script.type);
-  if (checks.current_status != SIT_OK) {
-    checks.failed = true;
+  validation.status = run_check({.version = validation.record.version,
+                                 .tool = tool.c_str(),
+                                 .broker = validation.broker,
+                                 .location = validation.location.path.view(),
+                                 .type = script.type},
+                                validation.parameter_files);
+  if (validation.status != SIT_OK) {
+    validation.failed = true;
     return false;
   }
-  if (sit::is_missing(broker)) return false;
+  if (validation.broker.empty()) return false;
   // That the tools before do not know the broker is no failure.
-  checks.failed = false;
+  validation.failed = false;
   return true;
 }
 
-void run_check_tools(const PHMVER& record, const char* broker, Checks& checks) noexcept {
-  LogMsg("VALIDATING: %s\n\n", obroker);
-  for (const CheckTool& script : scripts) {
-    if (check(record, script, broker, checks)) break;
+void run_tools(Validation& validation) noexcept {
+  log("VALIDATING: %s\n\n", validation.location.path.c_str());
+  for (const CheckTool& script : std::span{scripts, SIT_CHECK_TOOLS}) {
+    if (run_tool(script, validation)) break;
   }
-  if (checks.tools != 0) return;
-  LogMsg("\nINFORMATION: This instalation does not provide any validation script.\n");
-  LogMsg("             Cannot validate Ostrel Broker properties.\n");
+  if (validation.tools != 0) return;
+  log("\nINFORMATION: This instalation does not provide any validation script.\n");
+  log("             Cannot validate Ostrel Broker properties.\n");
 }
 
-int copy_broker_properties(const PHMVER& record, const sit::BrokerLocation& location,
-                           const Checks& checks, const char* destination) noexcept {
+int copy_broker_properties(const Validation& validation, const char* destination) noexcept {
   // Without a tool, only the installation's own file is known to be the brokers'.
-  const bool is_own_file = location.is_default && location.exists;
-  if (checks.tools == 0 && !is_own_file) {
-    LogMsg(
-        "INFORMATION: This installation does not use the obroker properties file. Skipping file "
+  const bool is_own_file = validation.location.is_default && validation.location.exists;
+  if (validation.tools == 0 && !is_own_file) {
+    log("INFORMATION: This installation does not use the obroker properties file. Skipping file "
         "copy\n");
-    return checks.current_status;
+    return validation.status;
   }
-  const int copied =
-      sit::copy_properties(record, obroker, destination, "\nINFORMATION: Copying %s as %s\n\n");
-  return copied != SIT_OK ? copied : checks.current_status;
+  const int copied = copy_properties(validation.record, validation.location.path.c_str(),
+                                     destination, "\nINFORMATION: Copying %s as %s\n\n");
+  return copied != SIT_OK ? copied : validation.status;
 }
 
 }  // namespace
 
-extern "C" int ValidateOB(PHMVER* record, const char* plugins_file, const char* broker, int copy,
-                          const char* destination) noexcept {
-  if (record == nullptr) return SIT_FAILED;
-  sit::forget_parameter_files();
-  const sit::BrokerLocation location = sit::locate_broker_properties(*record, plugins_file);
+int validate_brokers(PHMVER& record, const char* plugins_file, const char* broker,
+                     const Copies& copies) noexcept {
+  const BrokerLocation location = locate_broker_properties(record, plugins_file);
   if (location.code != SIT_OK) return location.code;
-  Checks checks{.current_status = location.status};
-  if (location.exists) run_check_tools(*record, broker, checks);
-  sit::log_parameter_files(record->dir);
-  if (checks.failed) return kCheckFailed;
-  if (copy == 0) return checks.current_status;
-  return copy_broker_properties(*record, location, checks, destination);
+  Validation validation{.record = record,
+                        .broker = text_of(broker),
+                        .location = location,
+                        .parameter_files = ParameterFiles{},
+                        .status = location.status};
+  if (location.exists) run_tools(validation);
+  validation.parameter_files.write_section(record.dir);
+  if (validation.failed) return kCheckFailed;
+  if (!copies.are_wanted) return validation.status;
+  return copy_broker_properties(validation, copies.destination);
 }
+
+}  // namespace sit::obvalid

@@ -1,66 +1,57 @@
-// Which broker properties file is validated.
+#include "obvalid/location.h"
+
 #include <cerrno>
-#include <string_view>
 
 #include "commfile.h"
-#include "commutils/heap_text.h"
 #include "commutils/views.h"
-#include "obvalid/obvalid.h"
-#include "sit/situtil.h"
+#include "file_status.h"
+#include "obvalid/admin_server.h"
+#include "obvalid/plugins.h"
+#include "obvalid/properties.h"
+#include "situtil/path.h"
 
+namespace sit::obvalid {
 namespace {
 
-sit::LineText default_plugins_file(const PHMVER& record) noexcept {
-  char path[sit::LineText::kMaxLength + 1];
-  GetAdminServerPluginsFile(&record, path);
-  return sit::line_text(path);
-}
-
-void use_default_location(const PHMVER& record) noexcept {
-  sit::LineText location;
-  static_cast<void>(sit::compose(location, "The path",
-                                 {sit::text_of(record.dir), "/properties/obroker.properties"}));
-  sit::use_location(location);
-}
-
-// Puts the location that the plugins file gives, or else the default, into obroker.
-void read_location(const PHMVER& record, const char* name, sit::BrokerLocation& location) noexcept {
-  location.status = ReadPlugins(&record, name);
-  const int error = errno;
-  if (location.status == OB_LOCATION_FOUND) {
-    LogMsg("Read obroker properties location from Plugins file: %s\n", name);
-    return;
+// Takes the location that the plugins file gives, or else the default.
+void read_location(const PHMVER& record, const char* name, BrokerLocation& location) noexcept {
+  const Plugins plugins = read_plugins(record, name);
+  location.status = plugins.result;
+  location.is_default = plugins.result != OB_LOCATION_FOUND;
+  location.path = plugins.location;
+  if (location.is_default) {
+    static_cast<void>(
+        compose_path(location.path, {text_of(record.dir), "/properties/obroker.properties"}));
   }
-  location.is_default = true;
-  use_default_location(record);
-  if (location.status == SIT_PLUGINS_UNREADABLE) {
-    LogMsg("ERROR: Could not read file %s, errno = %d\n", name, error);
+  publish_location(location.path);
+  if (plugins.result == OB_LOCATION_FOUND) {
+    log("Read obroker properties location from Plugins file: %s\n", name);
+  } else if (plugins.result == SIT_PLUGINS_UNREADABLE) {
+    log("ERROR: Could not read file %s, errno = %d\n", name, plugins.error);
     location.code = SIT_PLUGINS_UNREADABLE;
-  } else if (location.status == OB_NO_LOCATION) {
-    LogMsg(
-        "WARNING: Read Plugin file %s but did not find obroker properties location. Using the "
+  } else if (plugins.result == OB_NO_LOCATION) {
+    log("WARNING: Read Plugin file %s but did not find obroker properties location. Using the "
         "default.\n\n",
         name);
   }
 }
 
-void check_location(sit::BrokerLocation& location) noexcept {
-  const unsigned mode = FileExists(obroker);
+void check_location(BrokerLocation& location) noexcept {
+  const unsigned mode = file_mode(location.path.c_str());
   const int error = mode == 0 ? errno : EISDIR;
   location.exists = mode != 0;
   if (location.is_default && mode == 0) {
-    LogMsg(
-        "INFORMATION: This installation does not use the obroker properties file. Skipping "
+    log("INFORMATION: This installation does not use the obroker properties file. Skipping "
         "validation.\n");
-  } else if (!location.is_default && (mode == 0 || sit::is_directory(mode))) {
-    LogMsg("ERROR: Could not find properties file %s errno = %d\n", obroker, error);
+  } else if (!location.is_default && (mode == 0 || is_directory(mode))) {
+    log("ERROR: Could not find properties file %s errno = %d\n", location.path.c_str(), error);
     location.code = SIT_NO_BROKER_PROPERTIES;
   }
 }
 
 }  // namespace
 
-sit::BrokerLocation sit::locate_broker_properties(PHMVER& record, const char* named) noexcept {
+BrokerLocation locate_broker_properties(PHMVER& record, const char* named) noexcept {
   BrokerLocation location;
   static_cast<void>(
       choose_file(record.pluginsFile, named, [&record] { return default_plugins_file(record); }));
@@ -73,3 +64,5 @@ sit::BrokerLocation sit::locate_broker_properties(PHMVER& record, const char* na
   if (location.code == SIT_OK) check_location(location);
   return location;
 }
+
+}  // namespace sit::obvalid

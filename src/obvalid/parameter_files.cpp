@@ -1,15 +1,14 @@
-// The startup parameter files of brokers.
-#include <cstdlib>
+#include "obvalid/parameter_files.h"
+
 #include <cstring>
-#include <string_view>
-#include <utility>
 
 #include "commfile.h"
-#include "obvalid/obvalid.h"
-#include "sit/situtil.h"
+#include "commutils/text.h"
+#include "commutils/views.h"
+#include "obvalid/properties.h"
+#include "situtil/capture.h"
 
-constinit char* plistpfname = nullptr;
-
+namespace sit::obvalid {
 namespace {
 
 bool is_quote(char c) noexcept { return c == '\'' || c == '"'; }
@@ -21,7 +20,7 @@ std::size_t value_length(std::string_view text) noexcept {
   bool is_quoted = false;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const char c = text[i];
-    LogMsgV("GetPFValue: character %c\n", c);
+    log_verbose("GetPFValue: character %c\n", c);
     if (is_quoted && is_quote(c)) return i + 1;
     if (c == '\n' || (c == ' ' && !is_quoted)) return i;
     is_quoted = is_quoted || is_quote(c);
@@ -32,81 +31,68 @@ std::size_t value_length(std::string_view text) noexcept {
 std::string_view without_quotes(std::string_view value) noexcept {
   if (value.empty() || !is_quote(value.front())) return value;
   const std::size_t closing = value.rfind(value.front());
-  return closing == 0 ? std::string_view{} : sit::head(sit::tail(value, 1), closing - 1);
-}
-
-void replace_list(sit::HeapText list) noexcept {
-  std::free(std::exchange(plistpfname, list.release()));
-}
-
-// Whether the path stands in the list already, be it as a part of another one.
-bool is_listed(const char* path) noexcept {
-  return plistpfname != nullptr && std::strstr(plistpfname, path) != nullptr;
+  return closing == 0 ? std::string_view{} : head(tail(value, 1), closing - 1);
 }
 
 }  // namespace
 
-void sit::forget_parameter_files() noexcept { replace_list(nullptr); }
+void ParameterFiles::add(const char* directory, const char* value) noexcept {
+  if (value == nullptr) return;
+  log_verbose("Add_pf_name: wrkdir %s pfile %s\n", directory == nullptr ? "<null>" : directory,
+              value);
+  const std::string_view file = without_quotes(value);
+  const bool is_joined = !file.starts_with('/') && !is_missing(directory);
+  const HeapText path = concatenate({is_joined ? directory : "", is_joined ? "/" : "", file});
+  const std::string_view list = text_of(list_.get());
+  if (path == nullptr) {
+    list_.reset();
+  } else if (list_ == nullptr || !contains(list, path.get())) {
+    list_ = concatenate({list, list.empty() ? "" : ",", path.get()});
+  }
+  log_verbose("List of pf files: %s\n", list_ == nullptr ? "" : list_.get());
+}
 
-void sit::log_parameter_files(const char* directory) noexcept {
-  LogMsg("\n\n");
-  LogTitle("PARAMETER FILES");
-  LogParameterFile(directory, "startup.pf");
-  const HeapText list{std::exchange(plistpfname, nullptr)};
-  for (char* file = list.get(); file != nullptr;) {
+void ParameterFiles::write_section(const char* directory) noexcept {
+  log("\n\n");
+  log_title("PARAMETER FILES");
+  log_parameter_file(text_of(directory), "startup.pf");
+  for (char* file = list_.get(); file != nullptr;) {
     char* comma = std::strchr(file, ',');
     if (comma != nullptr) *comma++ = '\0';
     log_if_outside(file, directory);
-    LogParameterFile(nullptr, file);
+    log_parameter_file("", file);
     file = comma;
   }
+  list_.reset();
 }
 
-extern "C" {
-
-char* GetPFValue(const char* line) noexcept {
+HeapText parameter_file_in(const char* line) noexcept {
   constexpr std::string_view kOption = "-pf";
-  const std::string_view text = sit::text_of(line);
+  const std::string_view text = text_of(line);
   const std::size_t option = text.find(kOption);
   if (option == std::string_view::npos) return nullptr;
-  const std::string_view rest = sit::tail(text, option + kOption.size() + 1);
-  LogMsgV("GetPFValue: reading line: %s\n", line);
-  LogMsgV("GetPFValue: value is : %s\n", rest.data());
-  LogMsgV("GetPFValue: before loop\n");
+  const std::string_view rest = tail(text, option + kOption.size() + 1);
+  log_verbose("GetPFValue: reading line: %s\n", line);
+  log_verbose("GetPFValue: value is : %s\n", rest.data());
+  log_verbose("GetPFValue: before loop\n");
   const std::size_t length = value_length(rest);
-  LogMsgV("GetPFValue: after loop string is %s\n", rest.data());
-  sit::HeapText value = sit::duplicate(sit::head(rest, length));
-  LogMsgV("GetPFValue: returning %s\n", value.get());
-  return value.release();
+  log_verbose("GetPFValue: after loop string is %s\n", rest.data());
+  HeapText value = duplicate(head(rest, length));
+  log_verbose("GetPFValue: returning %s\n", value.get());
+  return value;
 }
 
-void Add_pf_name(const char* directory, const char* value) noexcept {
-  if (value == nullptr) return;
-  LogMsgV("Add_pf_name: wrkdir %s pfile %s\n", directory == nullptr ? "<null>" : directory, value);
-  const std::string_view file = without_quotes(value);
-  const bool is_joined = !file.starts_with('/') && !sit::is_missing(directory);
-  const sit::HeapText path =
-      sit::concatenate({is_joined ? directory : std::string_view{}, is_joined ? "/" : "", file});
-  if (path == nullptr) {
-    replace_list(nullptr);
-  } else if (!is_listed(path.get())) {
-    const std::string_view list = sit::text_of(plistpfname);
-    replace_list(sit::concatenate({list, list.empty() ? "" : ",", path.get()}));
+int log_parameter_file(std::string_view directory, const char* file) noexcept {
+  const char* slash = directory.empty() ? "" : "/";
+  const HeapText path = concatenate({directory, slash, text_of(file)});
+  const RuleText stars = rule('*', 68);
+  log("\n%s\n", stars.c_str());
+  log("* Parameter file: %s\n", file);
+  log("%s\n", stars.c_str());
+  if (const int error = log_file(path.get()); error != 0) {
+    log("\nERROR: Could not read %s, errno = %d\n", path.get(), error);
   }
-  LogMsgV("List of pf files: %s\n", plistpfname);
+  return log("\n\n");
 }
 
-int LogParameterFile(const char* directory, const char* file) noexcept {
-  const char* slash = sit::is_missing(directory) ? "" : "/";
-  const sit::HeapText path = sit::concatenate({sit::text_of(directory), slash, sit::text_of(file)});
-  const sit::RuleText stars = sit::rule('*', 68);
-  LogMsg("\n%s\n", stars.c_str());
-  LogMsg("* Parameter file: %s\n", file);
-  LogMsg("%s\n", stars.c_str());
-  if (const int error = ReadTextFile(path.get()); error != 0) {
-    LogMsg("\nERROR: Could not read %s, errno = %d\n", path.get(), error);
-  }
-  return LogMsg("\n\n");
-}
-
-}  // extern "C"
+}  // namespace sit::obvalid

@@ -1,14 +1,13 @@
-// Reading the plugins file of the admin server.
-#include <cerrno>
+#include "obvalid/plugins.h"
+
 #include <optional>
 #include <string_view>
 
 #include "commfile.h"
 #include "commutils/views.h"
-#include "obvalid/obvalid.h"
-#include "sit/commutils.h"
-#include "situtil/lines.h"
+#include "obvalid/admin_server.h"
 
+namespace sit::obvalid {
 namespace {
 
 // How a release keeps the plugin of the broker properties: in a section that this text opens and
@@ -25,76 +24,71 @@ constexpr Format kBlocks{"OBPropMgrPlugin",
 constexpr Format kSections{"[Plugin.OBPropMgr]",
                            [](std::string_view line) -> std::optional<std::string_view> {
                              constexpr std::string_view kKey = "pluginargs=";
-                             if (line.find(kKey) == std::string_view::npos) return std::nullopt;
-                             return sit::tail(line, kKey.size() + 1);
+                             if (!contains(line, kKey)) return std::nullopt;
+                             return tail(line, kKey.size() + 1);
                            }};
 
 // Takes the last candidate of the section. False when nothing closes the section.
-bool read_section(sit::LineReader& file, const Format& format, sit::LineText& candidate) noexcept {
+bool read_section(LineReader& file, const Format& format, LineText& candidate) noexcept {
   bool is_inside = false;
-  for (sit::Line line; file.next(line);) {
+  for (Line line; file.next(line);) {
     const std::string_view text = line.text();
-    LogMsgV("Read ****: %s", sit::line_text(text).c_str());
+    log_verbose("Read ****: %s", line_text(text).c_str());
     if (text.starts_with('#') || (!is_inside && !text.starts_with(format.opening))) continue;
     if (text.starts_with('\n')) return true;
     is_inside = true;
     if (const std::optional<std::string_view> found = format.read(text)) {
-      candidate = sit::line_text(sit::head(*found, found->find('\n')));
+      candidate = line_text(head(*found, found->find('\n')));
     }
   }
   return false;
 }
 
-int read_candidate(const char* path, const Format& format, sit::LineText& candidate) noexcept {
-  if (sit::is_missing(path)) return 0;
-  sit::LineReader file{path};
+// The location is what the section says, as it stands.
+Plugins read_as(const Format& format, const char* path) noexcept {
+  Plugins plugins;
+  if (is_missing(path)) return plugins;
+  LineReader file{path};
+  plugins.error = file.error();
   if (file.error() != 0) {
-    errno = file.error();
-    return SIT_PLUGINS_UNREADABLE;
+    plugins.result = SIT_PLUGINS_UNREADABLE;
+    return plugins;
   }
-  const bool is_closed = read_section(file, format, candidate);
-  return is_closed && !candidate.empty() ? OB_LOCATION_FOUND : OB_NO_LOCATION;
+  const bool is_closed = read_section(file, format, plugins.location);
+  const bool is_found = is_closed && !plugins.location.empty();
+  plugins.result = is_found ? OB_LOCATION_FOUND : OB_NO_LOCATION;
+  return plugins;
 }
 
 }  // namespace
 
-void sit::use_location(const LineText& location) noexcept { stcopy(obroker, location.c_str()); }
-
-extern "C" {
-
-constinit char obroker[sit::LineText::kMaxLength + 1] = "";
-
-int ReadPlugins(const PHMVER* record, const char* path) noexcept {
+Plugins read_plugins(const PHMVER& record, const char* path) noexcept {
   constexpr int kBlockRelease = 9;
   constexpr int kSectionRelease = 10;
-  if (record == nullptr || (record->major != kBlockRelease && record->major != kSectionRelease)) {
-    return 0;
-  }
-  sit::LineText own;
-  if (sit::is_missing(path)) {
-    if (!sit::own_plugins_file(*record, own)) return 0;
+  if (record.major != kBlockRelease && record.major != kSectionRelease) return {};
+  LineText own;
+  if (is_missing(path)) {
+    own = own_plugins_file(record);
     path = own.c_str();
   }
-  return record->major == kBlockRelease ? ReadPluginsV9(path) : ReadPluginsV10(path);
+  return record.major == kBlockRelease ? read_blocks(path) : read_sections(path);
 }
 
-int ReadPluginsV9(const char* path) noexcept {
-  sit::LineText location;
-  const int result = read_candidate(path, kBlocks, location);
-  if (result != OB_LOCATION_FOUND) return result;
-  const std::string_view name = location.view();
-  if (name.starts_with("pelloran.zip") || name.starts_with("pelloran.jar")) return OB_NO_LOCATION;
-  sit::use_location(location);
-  return OB_LOCATION_FOUND;
+Plugins read_blocks(const char* path) noexcept {
+  Plugins plugins = read_as(kBlocks, path);
+  const std::string_view name = plugins.location.view();
+  const bool is_archive = name.starts_with("pelloran.zip") || name.starts_with("pelloran.jar");
+  if (plugins.result == OB_LOCATION_FOUND && is_archive) plugins.result = OB_NO_LOCATION;
+  return plugins;
 }
 
-int ReadPluginsV10(const char* path) noexcept {
-  sit::LineText arguments;
-  const int result = read_candidate(path, kSections, arguments);
-  if (result != OB_LOCATION_FOUND) return result;
-  const std::string_view list = arguments.view();
-  sit::use_location(sit::line_text(sit::head(list, list.find(','))));
-  return OB_LOCATION_FOUND;
+Plugins read_sections(const char* path) noexcept {
+  Plugins plugins = read_as(kSections, path);
+  const std::string_view arguments = plugins.location.view();
+  plugins.location = line_text(head(arguments, arguments.find(',')));
+  return plugins;
 }
 
-}  // extern "C"
+void publish_location(const LineText& location) noexcept { put_text(obroker, location.view()); }
+
+}  // namespace sit::obvalid

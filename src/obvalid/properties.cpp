@@ -1,49 +1,40 @@
-// What both validations do with their properties file.
+#include "obvalid/properties.h"
+
 #include <cerrno>
 #include <cstdlib>
-#include <string_view>
 
 #include "commfile.h"
-#include "obvalid/obvalid.h"
+#include "file_status.h"
 #include "pelver/keys.h"
-#include "sit/situtil.h"
+#include "sit/codes.h"
 #include "situtil/copy.h"
+#include "situtil/path.h"
 
+namespace sit::obvalid {
 namespace {
 
 int copy_as(const char* path, const char* destination, std::string_view name) noexcept {
-  sit::Path target;
+  Path target;
   if (destination == nullptr) return EINVAL;
-  if (!sit::compose(target, "The path", {destination, "/", name})) return ENAMETOOLONG;
-  return sit::copy_end_of_file(path, target.c_str(), false, sit::Existing::kTruncate, path);
+  if (!compose_path(target, {destination, "/", name})) return ENAMETOOLONG;
+  return copy_end_of_file({.source = path, .destination = target.c_str(), .tells = true});
 }
 
 }  // namespace
 
-sit::RuleText sit::rule(char character, std::size_t count) noexcept {
-  RuleText text;
-  for (std::size_t i = 0; i < count; ++i) static_cast<void>(text.append({&character, 1}));
-  return text;
-}
-
-bool sit::is_directory(unsigned mode) noexcept {
-  constexpr unsigned kDirectoryBit = 0x4000;
-  return (mode & kDirectoryBit) != 0;
-}
-
-bool sit::is_file(const char* path, const char* what) noexcept {
-  const unsigned mode = FileExists(path);
+bool is_file(const char* path, const char* what) noexcept {
+  const unsigned mode = file_mode(path);
   if (mode == 0) {
-    LogMsg("ERROR: Could not find %s: %s\n", what, path);
+    log("ERROR: Could not find %s: %s\n", what, path);
   } else if (is_directory(mode)) {
-    LogMsg("ERROR: Could not  find the %s. %s is a directory!\n", what, path);
+    log("ERROR: Could not  find the %s. %s is a directory!\n", what, path);
   } else {
     return true;
   }
   return false;
 }
 
-void sit::log_if_outside(const char* path, const char* directory) noexcept {
+void log_if_outside(const char* path, const char* directory) noexcept {
   if (path == nullptr || directory == nullptr) return;
   const HeapText file{::realpath(path, nullptr)};
   const HeapText home{::realpath(directory, nullptr)};
@@ -54,19 +45,22 @@ void sit::log_if_outside(const char* path, const char* directory) noexcept {
                          (root.ends_with('/') || tail(real, root.size()).starts_with('/'));
   if (is_inside) return;
   const bool is_link = real != path;
-  LogMsg("INFORMATION: %s lies outside %s%s%s.\n", path, directory, is_link ? ", at " : "",
-         is_link ? file.get() : "");
+  log("INFORMATION: %s lies outside %s%s%s.\n", path, directory, is_link ? ", at " : "",
+      is_link ? file.get() : "");
 }
 
-int sit::copy_properties(const PHMVER& record, const char* path, const char* destination,
-                         const char* announcement) noexcept {
-  VersionedName name;
+int copy_properties(const PHMVER& record, const char* path, const char* destination,
+                    const char* announcement) noexcept {
+  pelver::VersionedName name;
   int error = ENAMETOOLONG;
-  if (name.append({base_name(path), "."}) && append_version(record.version, record.bitness, name)) {
-    sit::log_computed(announcement, path, name.c_str());
+  if (name.append({base_name(path), "."}) &&
+      pelver::append_version(record.version, record.bitness, name)) {
+    log_computed(announcement, path, name.c_str());
     error = copy_as(path, destination, name.view());
   }
   if (error == 0) return SIT_OK;
-  LogMsg("ERROR: Could not copy file, errno = %d\n\n", error);
+  log("ERROR: Could not copy file, errno = %d\n\n", error);
   return SIT_COPY_FAILED;
 }
+
+}  // namespace sit::obvalid

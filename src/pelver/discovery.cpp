@@ -3,22 +3,24 @@
 
 #include <array>
 #include <cstdlib>
+#include <utility>
 
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
+#include "file_status.h"
 #include "files.h"
 #include "handles.h"
+#include "pelver/installations.h"
 #include "pelver/pelver.h"
 #include "signals.h"
-#include "sit/commutils.h"
-#include "sit/situtil.h"
 #include "situtil/lines.h"
 #include "situtil/temp_file.h"
 
+namespace sit::pelver {
 namespace {
 
 // All that was written to the stream; null when some of it was lost.
-sit::HeapText read_back(FILE* stream) noexcept {
+HeapText read_back(FILE* stream) noexcept {
   struct stat status {};
   const int fd = ::fileno(stream);
   if (std::fflush(stream) != 0 || std::ferror(stream) != 0 || ::fstat(fd, &status) != 0 ||
@@ -26,44 +28,45 @@ sit::HeapText read_back(FILE* stream) noexcept {
     return {};
   }
   const auto size = static_cast<std::size_t>(status.st_size);
-  sit::HeapText text{static_cast<char*>(std::malloc(size + 1))};
+  HeapText text{static_cast<char*>(std::malloc(size + 1))};
   if (text == nullptr) return text;
-  const std::size_t held = sit::read_up_to(fd, text.get(), size);
+  const std::size_t held = read_up_to(fd, text.get(), size);
   text.get()[held] = '\0';
   return text;
 }
 
 // Discovers into pphm; the messages go through a temporary file. Null when they are lost.
-sit::HeapText discover() noexcept {
-  sit::TempFile messages;
-  const sit::QuietWriting quiet{sit::may_raise_signals(messages.fd())};
-  sit::UniqueFd file = messages.release();
-  const sit::UniqueFile output{file.is_open() ? ::fdopen(file.get(), "w+") : nullptr};
+HeapText discover_through_file() noexcept {
+  TempFile messages;
+  const QuietWriting quiet{may_raise_signals(messages.fd())};
+  UniqueFd file = messages.release();
+  const UniqueFile output{file.is_open() ? ::fdopen(file.get(), "w+") : nullptr};
   if (output == nullptr) return {};
   static_cast<void>(file.release());
-  getPelUnixVersions(&pphm, output.get());
-  getDelvonUnixVersions(&pphm, output.get());
+  find_pelloran(pphm, output.get());
+  find_delvon(pphm, output.get());
   return read_back(output.get());
 }
 
-PHMVER* new_record(std::string_view directory, std::string_view failure, FILE* output) noexcept {
-  PHMVER* record = createPHMVER();
+PHMVER* record_of(std::string_view directory, std::string_view failure, FILE* output) noexcept {
+  PHMVER* record = new_record();
   if (record == nullptr) {
-    sit::print(output, {failure});
+    print(output, {failure});
   } else {
-    sit::replace_field(record->dir, directory);
+    replace_field(record->dir, directory);
   }
   return record;
 }
 
+constexpr const char* kLauncher = "/usr/bin/pel";
 constexpr std::string_view kNoMemory = "Failed allocating memory for Pelloran version\n";
 
-void discover_through_environment(const char* value, PHMVER** list, FILE* output) noexcept {
-  sit::print(output, {"Using PHM: ", value, "\n"});
-  PHMVER* record = new_record(value, kNoMemory, output);
+void discover_through_environment(const char* value, PHMVER*& list, FILE* output) noexcept {
+  print(output, {"Using PHM: ", value, "\n"});
+  PHMVER* record = record_of(value, kNoMemory, output);
   if (record == nullptr) return;
-  *list = record;
-  getPelVerInfo(record, output);
+  list = record;
+  read_version(*record, output);
 }
 
 // The directory that the launcher script gives PHM in its second line, behind ten characters and
@@ -74,98 +77,87 @@ bool find_launcher_value(std::string_view script, std::string_view& value) noexc
   if (newline == std::string_view::npos) return false;
   const std::size_t start = newline + 1 + kAssignment;
   if (start >= script.size()) return false;
-  const std::string_view line = sit::tail(script, start);
+  const std::string_view line = tail(script, start);
   const std::size_t end = line.find_first_of("}\n");
   if (end == std::string_view::npos || line[end] == '\n') return false;
-  value = sit::up_to_nul(sit::head(line, end));
+  value = up_to_nul(head(line, end));
   return true;
 }
 
-void discover_through_launcher(PHMVER** list, FILE* output) noexcept {
-  sit::LineReader launcher{sit::kLauncher};
+void discover_through_launcher(PHMVER*& list, FILE* output) noexcept {
+  LineReader launcher{kLauncher};
   if (launcher.error() != 0) {
-    sit::print(output, {"Please set the PHM environment variable and execute again\n"});
+    print(output, {"Please set the PHM environment variable and execute again\n"});
     return;
   }
-  sit::print(output, {"Extracting PHM from ", sit::kLauncher, "\n"});
+  print(output, {"Extracting PHM from ", kLauncher, "\n"});
   std::array<char, 255> bytes{};
   std::string_view value;
   if (!find_launcher_value(launcher.read_beginning(bytes), value)) {
-    sit::print(output, {"Unable to locate PHM in ", sit::kLauncher, "\n"});
+    print(output, {"Unable to locate PHM in ", kLauncher, "\n"});
     return;
   }
-  PHMVER* record = new_record(value, kNoMemory, output);
+  PHMVER* record = record_of(value, kNoMemory, output);
   if (record == nullptr) return;
-  sit::print(output, {"PHM is ", value, "\n"});
-  *list = record;
-  getPelVerInfo(record, output);
-}
-
-const PHMVER* first_plain_installation(const PHMVER* list) noexcept {
-  while (list != nullptr && IsCorrectProduct(list, SEL_PRODUCT) == 0) list = list->next;
-  return list;
+  print(output, {"PHM is ", value, "\n"});
+  list = record;
+  read_version(*record, output);
 }
 
 }  // namespace
 
-extern "C" {
-
-char* GetPhmVers() noexcept {
-  sit::HeapText messages = discover();
-  if (messages == nullptr) messages = sit::duplicate("");
-  return messages.release();
+HeapText discover() noexcept {
+  HeapText messages = discover_through_file();
+  return messages == nullptr ? duplicate("") : std::move(messages);
 }
 
-void getPelUnixVersions(PHMVER** list, FILE* output) noexcept {
-  if (list == nullptr) return;
+void find_pelloran(PHMVER*& list, FILE* output) noexcept {
   if (const char* value = std::getenv("PHM"); value != nullptr) {
     discover_through_environment(value, list, output);
     return;
   }
-  sit::print(output, {"No PHM env var set\n"});
+  print(output, {"No PHM env var set\n"});
   discover_through_launcher(list, output);
 }
 
-void getDelvonUnixVersions(PHMVER** list, FILE* output) noexcept {
+void find_delvon(PHMVER*& list, FILE* output) noexcept {
   const char* init_file = std::getenv("DELVONINIT");
-  if (list == nullptr || init_file == nullptr) return;
-  if (FileExists(init_file) == 0) {
-    sit::print(output, {"Found DELVONINIT, ", init_file, " does not exist\n\n"});
+  if (init_file == nullptr) return;
+  if (!exists(init_file)) {
+    print(output, {"Found DELVONINIT, ", init_file, " does not exist\n\n"});
     return;
   }
-  std::array<char, SIT_PATH_BYTES> directory{};
-  if (GetDelvonTarg(init_file, directory.data()) != 0) {
-    sit::print(output,
-               {"Found DELVONINIT, unable to extract delvonInstallDir from ", init_file, "\n\n"});
+  LineText directory;
+  if (read_install_directory(init_file, directory) != 0) {
+    print(output,
+          {"Found DELVONINIT, unable to extract delvonInstallDir from ", init_file, "\n\n"});
     return;
   }
-  sit::print(output, {"Using DELVONINIT: ", init_file, "\n"});
-  PHMVER* record = new_record(
-      directory.data(), "FATAL ERROR: Failed to allocate memory to store Delvon info\n\n", output);
+  print(output, {"Using DELVONINIT: ", init_file, "\n"});
+  PHMVER* record = record_of(
+      directory.view(), "FATAL ERROR: Failed to allocate memory to store Delvon info\n\n", output);
   if (record == nullptr) return;
-  sit::replace_field(record->initFile, init_file);
+  replace_field(record->initFile, init_file);
   record->flags |= PK_MONITOR;
-  addPHMVERToList(list, record);
-  getPelVerInfo(record, output);
-  const PHMVER* owner = first_plain_installation(*list);
+  append_to_list(list, record);
+  read_version(*record, output);
+  const PHMVER* owner =
+      Installations{list}.find([](const PHMVER& other) { return belongs_to(other, SEL_PRODUCT); });
   if (owner != nullptr && owner->version != nullptr) {
-    sit::replace_field(record->pelVersion, owner->version);
+    replace_field(record->pelVersion, owner->version);
   }
 }
 
-int GetDelvonTarg(const char* init_file, char* buffer) noexcept {
+int read_install_directory(const char* init_file, LineText& directory) noexcept {
   constexpr std::string_view kAssignment = "SET delvonInstallDir=";
-  if (init_file == nullptr || buffer == nullptr) return 1;
-  buffer[0] = '\0';
-  sit::LineReader reader{init_file};
+  LineReader reader{init_file};
   if (reader.error() != 0) return reader.error();
-  for (sit::Line line; reader.next(line);) {
-    const std::string_view setting = line.content();
-    if (!setting.starts_with(kAssignment)) continue;
-    stcopy(buffer, sit::line_text(sit::tail(setting, kAssignment.size())).c_str());
-    return buffer[0] != '\0' ? 0 : 1;
+  for (Line line; reader.next(line);) {
+    if (!line.content().starts_with(kAssignment)) continue;
+    directory = line_text(tail(line.content(), kAssignment.size()));
+    break;
   }
-  return 1;
+  return directory.empty() ? 1 : 0;
 }
 
-}  // extern "C"
+}  // namespace sit::pelver

@@ -4,19 +4,21 @@
 #include "commfile.h"
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
+#include "file_status.h"
+#include "pelver/installations.h"
+#include "pelver/keys.h"
 #include "pelver/pelver.h"
-#include "sit/situtil.h"
 #include "situtil/lines.h"
+#include "situtil/path.h"
 
+namespace sit::pelver {
 namespace {
 
 constexpr std::size_t kVersionFileBytes = 80;
 
-bool is_monitor(const PHMVER& record) noexcept { return (record.flags & PK_MONITOR_MASK) != 0; }
-
 // A framework installation of the first generation keeps its version under a name of its own.
 bool is_early_framework(const PHMVER& record) noexcept {
-  return (record.flags & PK_FRAMEWORK) != 0 && sit::text_of(record.version).starts_with('1');
+  return is_framework(record) && text_of(record.version).starts_with('1');
 }
 
 // A version file, and what its messages call the product.
@@ -27,7 +29,7 @@ struct VersionFile {
 
 VersionFile version_file_of(const PHMVER& record) noexcept {
   if (is_early_framework(record)) return {"embversion", "Ambrelis"};
-  return {is_monitor(record) ? "delvonversion" : "version", sit::product_name(record)};
+  return {is_monitor(record) ? "delvonversion" : "version", product_name(record)};
 }
 
 void clear_numbers(PHMVER& record) noexcept {
@@ -36,17 +38,17 @@ void clear_numbers(PHMVER& record) noexcept {
   record.servicePack = 0;
   record.servicePackMinor = 0;
   record.build = 0;
-  sit::replace_field(record.maintLevel, "");
+  replace_field(record.maintLevel, "");
 }
 
 bool begins_with_version_word(std::string_view text) noexcept {
-  return sit::starts_ignoring_case(text, "ver") || sit::starts_ignoring_case(text, "rel");
+  return starts_ignoring_case(text, "ver") || starts_ignoring_case(text, "rel");
 }
 
 // Where the word ver or rel begins, in any case.
 std::size_t find_version_word(std::string_view text) noexcept {
   for (std::size_t i = 0; i < text.size(); ++i) {
-    if (begins_with_version_word(sit::tail(text, i))) return i;
+    if (begins_with_version_word(tail(text, i))) return i;
   }
   return std::string_view::npos;
 }
@@ -58,12 +60,19 @@ std::string_view find_version_number(std::string_view text, std::size_t from) no
   const std::size_t start = space + 1;
   const std::size_t end = text.find(' ', start + 1);
   if (end >= kVersionFileBytes - 1) return {};
-  return sit::head(sit::tail(text, start), end - start);
+  return head(tail(text, start), end - start);
+}
+
+// Joins `name` to the record's directory. When the path does not fit, says so in `output`.
+bool path_in_installation(const PHMVER& record, std::string_view name, Path& path,
+                          FILE* output) noexcept {
+  const std::string_view directory = text_of(record.dir);
+  if (join_path(path, {directory, name})) return true;
+  print(output, {TooLong{"The path", {directory, "/", name}, Path::kMaxLength}.view()});
+  return false;
 }
 
 }  // namespace
-
-namespace sit {
 
 std::string_view product_name(const PHMVER& record) noexcept {
   return is_monitor(record) ? "Delvon" : "Pelloran";
@@ -74,41 +83,27 @@ void print(FILE* output, std::initializer_list<std::string_view> pieces) noexcep
   for (const std::string_view piece : pieces) std::fwrite(piece.data(), 1, piece.size(), output);
 }
 
-bool path_in_installation(const PHMVER& record, std::string_view name, Path& path,
-                          FILE* output) noexcept {
-  const std::string_view directory = text_of(record.dir);
-  if (join_path(path, {directory, name})) return true;
-  print(output, {TooLong{"The path", {directory, "/", name}, Path::kMaxLength}.c_str()});
-  return false;
-}
-
-}  // namespace sit
-
-extern "C" {
-
-void getPelVerInfo(PHMVER* record, FILE* output) noexcept {
-  if (record == nullptr) return;
-  sit::Path library;
-  if ((record->flags & PK_FRAMEWORK) == 0 &&
-      sit::path_in_installation(*record, "bin/versioninfo.dll", library, output) &&
-      FileExists(library.c_str()) != 0 && getPelVerInfoDLL(record, library.c_str(), output) != 0) {
+void read_version(PHMVER& record, FILE* output) noexcept {
+  Path library;
+  if (!is_framework(record) &&
+      path_in_installation(record, "bin/versioninfo.dll", library, output) &&
+      exists(library.c_str()) && read_version_library(record, library.c_str(), output)) {
     return;
   }
-  getPelVerInfoFile(record, output);
+  read_version_file(record, output);
 }
 
-void getPelVerInfoFile(PHMVER* record, FILE* output) noexcept {
-  if (record == nullptr) return;
-  clear_numbers(*record);
-  const VersionFile source = version_file_of(*record);
-  sit::Path path;
-  if (!sit::path_in_installation(*record, source.name, path, output)) {
-    sit::print(output, {"\n"});
+void read_version_file(PHMVER& record, FILE* output) noexcept {
+  clear_numbers(record);
+  const VersionFile source = version_file_of(record);
+  Path path;
+  if (!path_in_installation(record, source.name, path, output)) {
+    print(output, {"\n"});
     return;
   }
-  sit::LineReader file{path.c_str()};
+  LineReader file{path.c_str()};
   if (file.error() != 0) {
-    sit::print(output, {"Unable to open version file ", path.view(), "\n\n"});
+    print(output, {"Unable to open version file ", path.view(), "\n\n"});
     return;
   }
   std::array<char, kVersionFileBytes> bytes{};
@@ -119,16 +114,16 @@ void getPelVerInfoFile(PHMVER* record, FILE* output) noexcept {
       word == std::string_view::npos ? std::string_view{} : find_version_number(text, word);
   if (number.empty()) {
     const std::string_view missing = word == std::string_view::npos ? "string" : "number";
-    sit::print(output, {"Unable to find version ", missing, " in '", sit::up_to_nul(text),
-                        "'\nExtracted from ", path.view(), "\n\n"});
+    print(output, {"Unable to find version ", missing, " in '", up_to_nul(text),
+                   "'\nExtracted from ", path.view(), "\n\n"});
     return;
   }
-  sit::replace_field(record->fullVersion, sit::up_to_nul(number));
-  if (record->version == nullptr) sit::replace_field(record->version, sit::up_to_nul(number));
+  replace_field(record.fullVersion, up_to_nul(number));
+  if (record.version == nullptr) replace_field(record.version, up_to_nul(number));
 
-  if (source.name == "version") ParseVerString(record->version, record);
-  sit::print(output, {source.product, " Version: ", sit::up_to_nul(number), "\nExtracted from ",
-                      path.view(), "\n\n"});
+  if (source.name == "version") parse_version(text_of(record.version), record);
+  print(output, {source.product, " Version: ", up_to_nul(number), "\nExtracted from ", path.view(),
+                 "\n\n"});
 }
 
-}  // extern "C"
+}  // namespace sit::pelver

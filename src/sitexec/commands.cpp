@@ -1,111 +1,122 @@
-// The collection commands.
-#include "commfile.h"
-#include "commutils/heap_text.h"
-#include "commutils/views.h"
-#include "session.h"
-#include "sit/javaver.h"
-#include "sit/pelver.h"
-#include "sit/sitexec.h"
+// The commands about the machine and all installations.
+#include "sitexec/commands.h"
+
+#include "javaver.h"
+#include "pelver/installations.h"
+#include "pelver/keys.h"
 #include "sitexec/frame.h"
 
+namespace sit::sitexec {
 namespace {
 
-using sit::create_or_append;
-using sit::run_framed;
+using pelver::installations;
 
-void write_versions_text() noexcept {
-  sit::HeapText unowned;
-  const char* messages = pc == nullptr ? nullptr : pc->versionsText;
-  if (messages == nullptr) {
-    unowned.reset(GetPhmVers());
-    messages = unowned.get();
-    if (pc != nullptr) pc->versionsText = unowned.release();
-  }
-  LogMsg("\n\n");
-  LogTitle("Pelloran Versions");
-  LogMsg("\n");
-  LogString(messages);
+void write_versions_section() noexcept {
+  HeapText unowned;
+  const char* messages = versions_text(unowned);
+  log("\n\n");
+  log_title("Pelloran Versions");
+  log("\n");
+  log_text(text_of(messages));
 }
 
 // Installations of the 8 series name no Java of their own, and neither do other product kinds.
 bool names_its_java(const PHMVER& record) noexcept {
   constexpr unsigned kOtherKinds = PK_WEBCLIENT | PK_FRAMEWORK | PK_MONITOR_MASK;
-  return !sit::text_of(record.version).starts_with("8.") && (record.flags & kOtherKinds) == 0;
+  return !text_of(record.version).starts_with("8.") && !pelver::is_of_kind(record, kOtherKinds);
 }
 
-// Returns the section's own result.
-int write_java_versions() noexcept {
-  LogMsg("\n\nJava Versions\n=============\n\n");
-  if (sit::is_product_independent()) {
-    getJavaInfoSystem();
+int write_java_section() noexcept {
+  log("\n\nJava Versions\n=============\n\n");
+  if (is_product_independent()) {
+    javaver::write_versions_of_machine();
     return SIT_OK;
   }
-  if (pphm == nullptr) {
-    LogMsg("\nNo Pelloran installation found.\n");
+  if (installations().empty()) {
+    log("\nNo Pelloran installation found.\n");
     return SIT_NO_INSTALLATION;
   }
-  for (PHMVER* record = pphm; record != nullptr; record = record->next) {
-    if (names_its_java(*record)) getJavaInfo(record);
+  for (const PHMVER& record : installations()) {
+    if (names_its_java(record)) javaver::write_versions_for(record);
   }
   return SIT_OK;
 }
 
-void write_version_summary(int extra) noexcept {
+void write_summary_sections(bool wants_further_versions) noexcept {
+  constexpr Report kOpenReport{nullptr, 0, 0};
   if (pc != nullptr && pc->osVersion[0] != '\0') {
-    LogMsg("%s\n", pc->osVersion);
+    log("%s\n", pc->osVersion);
   } else {
-    LogMsg("Could not get OS Version information.\n");
+    log("Could not get OS Version information.\n");
   }
-  if (!sit::is_product_independent() && GetPelVers(nullptr, 0, 0) != SIT_OK) return;
-  if (GetJavaVers(nullptr, 0, 0) == SIT_OK && extra != 0) {
+  if (!is_product_independent() && write_versions(kOpenReport) != SIT_OK) return;
+  if (write_java(kOpenReport) == SIT_OK && wants_further_versions) {
     p_sitfunctbl->ListFurtherVersions(nullptr, 0);
   }
 }
 
 }  // namespace
 
-extern "C" {
-
-int GetEnvironInfo(const char* path, int mode, int final) noexcept {
-  const sit::Frame frame{.path = path,
-                         .mode = create_or_append(mode),
-                         .final = final,
-                         .title = "List of environment variables"};
+int write_environment(const Report& report) noexcept {
+  const Frame frame{.path = report.path,
+                    .mode = create_or_append(report.mode),
+                    .final = report.final,
+                    .title = "List of environment variables"};
   return run_framed(frame, [] {
     p_sitfunctbl->ListEnvironment();
-    if (!sit::is_product_independent()) p_sitfunctbl->ListFurtherEnvironment();
+    if (!is_product_independent()) p_sitfunctbl->ListFurtherEnvironment();
   });
 }
 
-int GetSysInfo(const char* path, int16_t section, int mode, int final) noexcept {
-  const sit::Frame frame{
-      .path = path, .mode = create_or_append(mode), .final = final, .title = "System Information"};
+int write_system(const Report& report, std::int16_t section) noexcept {
+  const Frame frame{.path = report.path,
+                    .mode = create_or_append(report.mode),
+                    .final = report.final,
+                    .title = "System Information"};
   return run_framed(frame, [section] { p_sitfunctbl->ListSystem(section); });
 }
 
-int GetPelVers(const char* path, int mode, int final) noexcept {
-  const sit::Frame frame{
-      .path = path, .mode = create_or_append(mode), .final = final, .joins_open_report = true};
-  return run_framed(frame, write_versions_text);
+int write_versions(const Report& report) noexcept {
+  const Frame frame{.path = report.path,
+                    .mode = create_or_append(report.mode),
+                    .final = report.final,
+                    .joins_open_report = true};
+  return run_framed(frame, write_versions_section);
 }
 
-int GetJavaVers(const char* path, int mode, int final) noexcept {
-  const sit::Frame frame{.path = path,
-                         .mode = create_or_append(mode),
-                         .final = final,
-                         .needs_installations = !sit::is_product_independent(),
-                         .joins_open_report = true};
-  int section = SIT_OK;
-  const int closed = run_framed(frame, [&section] { section = write_java_versions(); });
-  return section != SIT_OK ? section : closed;
+int write_java(const Report& report) noexcept {
+  const Frame frame{.path = report.path,
+                    .mode = create_or_append(report.mode),
+                    .final = report.final,
+                    .needs = is_product_independent() ? Needs::kSession : Needs::kInstallations,
+                    .joins_open_report = true};
+  return run_framed(frame, write_java_section);
 }
 
-int GetVersInfo(const char* path, int mode, int final, int extra) noexcept {
-  const sit::Frame frame{
-      .path = path, .mode = create_or_append(mode), .final = final, .title = "OS Version"};
-  const int closed = run_framed(frame, [extra] { write_version_summary(extra); });
+int write_summary(const Report& report, bool wants_further_versions) noexcept {
+  const Frame frame{.path = report.path,
+                    .mode = create_or_append(report.mode),
+                    .final = report.final,
+                    .title = "OS Version"};
+  const int closed = run_framed(
+      frame, [wants_further_versions] { write_summary_sections(wants_further_versions); });
   if (closed != SIT_OK) return closed;
-  return pphm != nullptr || sit::is_product_independent() ? SIT_OK : SIT_NO_INSTALLATION;
+  return installations().empty() && !is_product_independent() ? SIT_NO_INSTALLATION : SIT_OK;
 }
 
-}  // extern "C"
+HeapText version_keys(int selector) noexcept {
+  ensure_session();
+  ensure_installations();
+  Path keys;
+  for (const PHMVER& record : installations()) {
+    Path key;
+    if (!pelver::belongs_to(record, selector) || !pelver::append_key(record, key) ||
+        contains(keys.view(), key.view())) {
+      continue;
+    }
+    static_cast<void>(keys.append({keys.empty() ? "" : ",", key.view()}));
+  }
+  return duplicate(keys.view());
+}
+
+}  // namespace sit::sitexec

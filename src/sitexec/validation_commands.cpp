@@ -1,73 +1,77 @@
 // The commands about brokers, the connection manager and the admin server.
-#include <string_view>
-
-#include "commfile.h"
-#include "commutils/views.h"
+#include "obvalid/log_table.h"
+#include "obvalid/obvalid.h"
+#include "pelver/installations.h"
 #include "pelver/keys.h"
-#include "session.h"
-#include "sit/obvalid.h"
+#include "sitexec/commands.h"
 #include "sitexec/frame.h"
 
+namespace sit::sitexec {
 namespace {
 
 // Releases 7 and 8 keep their brokers in another way: keys that look like theirs name nothing.
 bool can_be_validated(std::string_view key) noexcept {
-  return key.find("8.") == std::string_view::npos && key.find("7.") == std::string_view::npos;
+  return !contains(key, "8.") && !contains(key, "7.");
 }
 
 PHMVER* find_installation(const char* version_key) noexcept {
-  if (!can_be_validated(sit::text_of(version_key))) return nullptr;
-  const sit::VersionKey key{version_key};
-  for (PHMVER* record = pphm; record != nullptr; record = record->next) {
-    if (IsCorrectProduct(record, SEL_PRODUCT) != 0 && key.is_release_of(*record) &&
-        key.has_bitness_of(*record)) {
-      return record;
-    }
-  }
-  return nullptr;
+  if (!can_be_validated(text_of(version_key))) return nullptr;
+  const pelver::VersionKey key{version_key};
+  return pelver::installations().find([&key](const PHMVER& record) {
+    return key.means(record, SEL_PRODUCT, {.nothing_else = true});
+  });
 }
 
-int validate_connection_manager(PHMVER& record, const char* properties,
-                                const char* destination) noexcept {
-  const int result = ValidateConMgr(&record, properties, 1, destination);
+int validate_manager(PHMVER& record, const char* properties,
+                     const obvalid::Copies& copies) noexcept {
+  const int result = obvalid::validate_connection_manager(record, properties, copies);
   if (result != SIT_NO_DATABASE_TOOL) return result;
-  LogMsg("INFORMATION: Skipping this validation (dbconfig script not found)\n");
+  log("INFORMATION: Skipping this validation (dbconfig script not found)\n");
   return SIT_OK;
+}
+
+int validate(PHMVER& record, const PropertiesFiles& files, const obvalid::Copies& copies) noexcept {
+  log_title("Validation of Ostrel Broker properties file");
+  const int brokers = obvalid::validate_brokers(record, files.brokers, nullptr, copies);
+  if (brokers == SIT_OK && is_verbose()) obvalid::list_logs();
+  log("\n\n");
+  log_title("Validation of Connection Manager properties file");
+  const int manager = validate_manager(record, files.connection_manager, copies);
+  return brokers == SIT_OK && manager == SIT_OK ? SIT_OK : SIT_VALIDATION_FAILED;
 }
 
 }  // namespace
 
-extern "C" {
-
-int GetOBValidationInfo(const char* destination, const char* path, const char* version_key,
-                        int mode, int /*ignored*/, const char* plugins_file,
-                        const char* conmgr_file) noexcept {
-  if (sit::is_missing(path)) return SIT_NO_REPORT_PATH;
-  sit::ensure_session();
-  sit::ensure_installations();
-  PHMVER* record = find_installation(version_key);
-  if (record == nullptr) return SIT_NO_MATCHING_INSTALLATION;
-
-  bool failed = false;
-  const auto validate = [&] {
-    LogTitle("Validation of Ostrel Broker properties file");
-    const int brokers = ValidateOB(record, plugins_file, nullptr, 1, destination);
-    if (brokers == SIT_OK && sit::is_verbose()) List_log_table();
-    LogMsg("\n\n");
-    LogTitle("Validation of Connection Manager properties file");
-    const int manager = validate_connection_manager(*record, conmgr_file, destination);
-    failed = brokers != SIT_OK || manager != SIT_OK;
+int write_validation(const Report& report, const char* version_key, const PropertiesFiles& files,
+                     const char* destination) noexcept {
+  const Frame frame{.path = report.path,
+                    .mode = report.mode,
+                    .final = report.final,
+                    .needs = Needs::kInstallations};
+  PHMVER* record = nullptr;
+  const auto find = [&record, version_key]() -> std::optional<int> {
+    record = find_installation(version_key);
+    if (record == nullptr) return SIT_NO_MATCHING_INSTALLATION;
+    return std::nullopt;
   };
-  const int closed = sit::run_framed({.path = path, .mode = mode, .final = SIT_FINAL}, validate);
-  return failed ? SIT_VALIDATION_FAILED : closed;
+  return run_framed(frame, find, [&] {
+    return validate(*record, files, {.are_wanted = true, .destination = destination});
+  });
 }
 
-int OBCopyFiles(const char* path, const char* name, const char* version,
-                const char* destination) noexcept {
-  sit::ensure_session();
-  sit::ensure_installations();
-  if (name == nullptr || version == nullptr || destination == nullptr) return SIT_FAILED;
-  return sit::run_appending(path, [=] { return Copy_Log_Files(name, version, destination); });
+int copy_logs(const char* path, const char* name, const char* version,
+              const char* destination) noexcept {
+  const Frame frame{.path = path,
+                    .mode = SIT_APPEND,
+                    .final = 0,
+                    .needs = Needs::kInstallations,
+                    .takes_notes = true};
+  const auto misses_argument = [=]() -> std::optional<int> {
+    if (name == nullptr || version == nullptr || destination == nullptr) return SIT_FAILED;
+    return std::nullopt;
+  };
+  return run_framed(frame, misses_argument,
+                    [=] { return obvalid::copy_logs(name, version, destination); });
 }
 
-}  // extern "C"
+}  // namespace sit::sitexec

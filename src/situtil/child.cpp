@@ -96,22 +96,23 @@ int wait_for_child(pid_t child) noexcept {
   int status = 0;
   for (int poll = 0; poll < kPolls; ++poll) {
     polled = ::waitpid(child, &status, WNOHANG);
-    LogMsgV("pid %d, ret %d, status %d\n", child, polled, status);
+    log_verbose("pid %d, ret %d, status %d\n", child, polled, status);
     if (polled != 0) break;
     pauses.pause();
   }
   if (polled == 0) {
-    LogMsgV("execcmd: timeout of %d seconds exceeded, suspect process %d is hung\n", kPolls, child);
+    log_verbose("execcmd: timeout of %d seconds exceeded, suspect process %d is hung\n", kPolls,
+                child);
     return SIT_FAILED;
   }
   if (polled < 0) {
     log_once(loss_said_in,
              "WARNING: The host took the results of the commands (SIGCHLD), which therefore count "
              "as failed.\n");
-    LogMsgV("execcmd: waitpid returned -1, error\n");
+    log_verbose("execcmd: waitpid returned -1, error\n");
     return SIT_FAILED;
   }
-  LogMsgV("execcmd: process completed, status is %d (FAIL_STATUS is %d\n", status, kFailStatus);
+  log_verbose("execcmd: process completed, status is %d (FAIL_STATUS is %d\n", status, kFailStatus);
   return status == kFailStatus ? SIT_FAILED : status;
 }
 

@@ -2,7 +2,7 @@
 
 #include "commfile.h"
 #include "commutils/views.h"
-#include "sit/situtil.h"
+#include "situtil/capture.h"
 
 namespace sit {
 namespace {
@@ -80,14 +80,14 @@ Command& Command::written(std::string_view stated, std::string_view text) noexce
 bool Command::fits() const noexcept {
   const bool is_too_long = stated_.length() > max_length_;
   if (!is_too_long && written_.length() <= kMaxLength) return true;
-  LogString(TooLong{"The command", is_too_long ? stated_ : written_,
-                    is_too_long ? max_length_ : kMaxLength}
-                .c_str());
+  log_text(TooLong{"The command", is_too_long ? stated_ : written_,
+                   is_too_long ? max_length_ : kMaxLength}
+               .view());
   return false;
 }
 
 void Command::run() const noexcept {
-  if (fits()) LogCmdOutput(c_str(), nullptr);
+  if (fits()) log_output_of(c_str());
 }
 
 }  // namespace sit

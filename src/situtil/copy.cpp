@@ -1,4 +1,3 @@
-// Copying a file, or only the end of a large one.
 #include "situtil/copy.h"
 
 #include <sys/stat.h>
@@ -13,9 +12,9 @@
 #include "handles.h"
 #include "signals.h"
 #include "sit/codes.h"
-#include "sit/situtil.h"
 #include "situtil/input.h"
 
+namespace sit {
 namespace {
 
 constexpr off_t kTrimmedSize = 1048576;
@@ -43,13 +42,13 @@ void remove_half_copy(const char* destination) noexcept {
 // Drops the text up to and with its first newline. False when it has none.
 bool drop_line(std::string_view& text) noexcept {
   const std::size_t newline = text.find('\n');
-  text = sit::tail(text, newline == std::string_view::npos ? newline : newline + 1);
+  text = tail(text, newline == std::string_view::npos ? newline : newline + 1);
   return newline != std::string_view::npos;
 }
 
 // Copies what the input gives, with `trimmed` from the first line that begins there. Returns 0 or
 // the error.
-int copy_bytes(sit::Input source, int destination, bool trimmed) noexcept {
+int copy_bytes(Input source, int destination, bool trimmed) noexcept {
   std::array<char, 32768> block;
   if (!trimmed) source.send_to(destination);
   for (;;) {
@@ -57,43 +56,39 @@ int copy_bytes(sit::Input source, int destination, bool trimmed) noexcept {
     if (got == 0) return source.error();
     std::string_view text{block.data(), got};
     if (trimmed) trimmed = !drop_line(text);
-    if (!sit::write_all(destination, text)) return errno;
+    if (!write_all(destination, text)) return errno;
   }
 }
 
 // A source that goes on growing, as a log may, is read no further than to its size at the opening.
-int copy_end(const sit::Input& whole, int source, int destination, off_t size, bool trim) noexcept {
+int copy_end(const Input& whole, int source, int destination, off_t size, bool trim) noexcept {
   if (!trim || size <= kTrimmedSize) return copy_bytes(whole, destination, false);
   if (::lseek(source, size - kTrimmedSize, SEEK_SET) < 0 ||
-      !sit::write_all(destination, "PELINVENTORY:  File trimmed to 1 MB...\n\n")) {
+      !write_all(destination, "PELINVENTORY:  File trimmed to 1 MB...\n\n")) {
     return errno;
   }
-  return copy_bytes(sit::Input{source, kTrimmedSize}, destination, true);
+  return copy_bytes(Input{source, kTrimmedSize}, destination, true);
 }
 
 }  // namespace
 
-int sit::copy_end_of_file(const char* source, const char* destination, bool trim, Existing existing,
-                          const char* name) noexcept {
-  if (source == nullptr || destination == nullptr) return SIT_FAILED;
-  const UniqueFd from = open_for_reading(source);
+int copy_end_of_file(const Copy& copy) noexcept {
+  if (copy.source == nullptr || copy.destination == nullptr) return SIT_FAILED;
+  const UniqueFd from = open_for_reading(copy.source);
   if (!from.is_open()) return errno;
   struct stat at_opening {};
   if (::fstat(from.get(), &at_opening) != 0) return errno;
-  if (is_same_file(at_opening, destination)) return EINVAL;
-  UniqueFd to = open_for_writing(destination, existing);
+  if (is_same_file(at_opening, copy.destination)) return EINVAL;
+  UniqueFd to = open_for_writing(copy.destination, copy.existing);
   if (!to.is_open()) return errno;
   const bool is_all_ours = !holds_something(to.get());
   const QuietWriting quiet{may_raise_signals(to.get())};
-  int error = copy_end(Input{from.get(), name}, from.get(), to.get(), at_opening.st_size, trim);
+  const Input whole{from.get(), copy.tells ? copy.source : nullptr};
+  int error = copy_end(whole, from.get(), to.get(), at_opening.st_size, copy.trims);
   // Some file systems tell only here that they are full.
   if (::close(to.release()) != 0 && error == 0) error = errno;
-  if (error != 0 && is_all_ours) remove_half_copy(destination);
+  if (error != 0 && is_all_ours) remove_half_copy(copy.destination);
   return error;
 }
 
-extern "C" int CopyEndOfFile(const char* source, const char* destination, int trim,
-                             int append) noexcept {
-  const sit::Existing existing = append != 0 ? sit::Existing::kAppend : sit::Existing::kTruncate;
-  return sit::copy_end_of_file(source, destination, trim != 0, existing, nullptr);
-}
+}  // namespace sit

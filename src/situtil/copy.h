@@ -1,13 +1,19 @@
-// Copies of files for the library's own use.
+// Copying a file, or only the end of a large one.
 #pragma once
 
 #include "files.h"
 
 namespace sit {
 
-// As CopyEndOfFile; the report calls the source `name` when only its beginning is copied, and says
-// nothing without one.
-[[nodiscard]] int copy_end_of_file(const char* source, const char* destination, bool trim,
-                                   Existing existing, const char* name) noexcept;
+struct Copy {
+  const char* source;
+  const char* destination;
+  bool trims = false;  // to the end of a large file
+  Existing existing = Existing::kTruncate;
+  bool tells = false;  // the report says when only the beginning of the source is copied
+};
+
+// As CopyEndOfFile.
+[[nodiscard]] int copy_end_of_file(const Copy& copy) noexcept;
 
 }  // namespace sit

@@ -66,15 +66,15 @@ void Input::look_for_more() noexcept {
   std::array<char, 512> more;  // some files give no single bytes
   is_sizeless_ = false;
   if (fetch(more.data(), more.size()) > 0) {
-    LogMsg("\nWARNING: Only the first %d bytes of %s were read.\n",
-           static_cast<int>(kMostOfSizeless), name_);
+    log("\nWARNING: Only the first %d bytes of %s were read.\n", static_cast<int>(kMostOfSizeless),
+        name_);
   }
   error_ = 0;
 }
 
 void log_if_cut_off(const Input& input, const char* name) noexcept {
   if (input.error() == 0) return;
-  LogMsg("\nERROR: Reading %s failed before its end, errno = %d\n", name, input.error());
+  log("\nERROR: Reading %s failed before its end, errno = %d\n", name, input.error());
 }
 
 void Input::send_to(int destination) noexcept {

@@ -1,4 +1,3 @@
-// Listings and copies through the shell's own tools.
 #include "situtil/listing.h"
 
 #include <sys/stat.h>
@@ -8,12 +7,13 @@
 #include "commfile.h"
 #include "commutils/bounded_text.h"
 #include "commutils/views.h"
+#include "file_status.h"
 #include "files.h"
 #include "handles.h"
-#include "sit/situtil.h"
 #include "situtil/command.h"
 #include "situtil/input.h"
 
+namespace sit {
 namespace {
 
 constexpr std::size_t kListingLength = 255;
@@ -22,17 +22,17 @@ constexpr std::size_t kCopyLength = 511;
 // Whether a copy of the file comes to an end: it is no device and no FIFO, nor goes on without a
 // size as those under /proc do.
 bool has_end(std::string_view name) noexcept {
-  sit::BoundedText<kCopyLength + 1> path;
+  BoundedText<kCopyLength + 1> path;
   static_cast<void>(path.append(name));
-  const sit::UniqueFd file = sit::open_for_reading(path.c_str());
+  const UniqueFd file = open_for_reading(path.c_str());
   if (!file.is_open()) return errno != EINVAL;
   struct stat status {};
   return ::fstat(file.get(), &status) == 0 && !S_ISFIFO(status.st_mode) &&
-         sit::Input{file.get()}.tells_size();
+         Input{file.get()}.tells_size();
 }
 
 bool all_have_end(std::string_view names) noexcept {
-  for (std::string_view name = sit::take_word(names); !name.empty(); name = sit::take_word(names)) {
+  for (std::string_view name = take_word(names); !name.empty(); name = take_word(names)) {
     if (!has_end(name)) return false;
   }
   return true;
@@ -40,46 +40,37 @@ bool all_have_end(std::string_view names) noexcept {
 
 }  // namespace
 
-void sit::list_directory(std::string_view options, std::string_view directory,
-                         std::size_t max_length) noexcept {
+void list_directory(std::string_view options, std::string_view directory,
+                    std::size_t max_length) noexcept {
   Command command{max_length};
   command.raw("ls ").raw(options).raw(" ").quoted(directory).run();
-  LogMsg("\n");
+  log("\n");
 }
 
-extern "C" {
-
-int ListFiles(const char* directory, int recursive) noexcept {
-  if (FileExists(directory) == 0) {
-    LogMsg("\nERROR: Directory %s does not exist, errno %d.\n", directory, errno);
+void list_files(const char* directory, Depth depth) noexcept {
+  if (!exists(directory)) {
+    log("\nERROR: Directory %s does not exist, errno %d.\n", directory, errno);
   } else {
-    sit::list_directory(recursive != 0 ? "-lLR" : "-lL", directory, kListingLength);
+    list_directory(depth == Depth::kAll ? "-lLR" : "-lL", directory, kListingLength);
   }
-  return 0;
 }
 
-void MyCopy(const char* source, const char* destination) noexcept {
-  const std::string_view from = sit::text_of(source);
-  const std::string_view to = sit::text_of(destination);
-  sit::Command command{kCopyLength};
-  if (!command.raw("cp").words(from).words(to).raw("\n").fits()) return;
-  if (FileExists(source) == 0) {
-    LogMsg("\nCannot copy %s because file does not exist.\n", source);
-    return;
-  }
-  if (!command.has_mere_words()) {
-    LogMsg(
-        "\nERROR: Not copying %s to %s: the shell or cp would not take these names as they "
+void copy_by_command(const char* source, const char* destination) noexcept {
+  const std::string_view from = text_of(source);
+  Command command{kCopyLength};
+  if (!command.raw("cp").words(from).words(text_of(destination)).raw("\n").fits()) return;
+  if (!exists(source)) {
+    log("\nCannot copy %s because file does not exist.\n", source);
+  } else if (!command.has_mere_words()) {
+    log("\nERROR: Not copying %s to %s: the shell or cp would not take these names as they "
         "stand.\n",
         source, destination);
-    return;
+  } else if (!all_have_end(from)) {
+    log("\nERROR: Not copying %s to %s: it is no file of a known size.\n", source, destination);
+  } else {
+    log("\nCopying %s...\n", source);
+    command.run();
   }
-  if (!all_have_end(from)) {
-    LogMsg("\nERROR: Not copying %s to %s: it is no file of a known size.\n", source, destination);
-    return;
-  }
-  LogMsg("\nCopying %s...\n", source);
-  command.run();
 }
 
-}  // extern "C"
+}  // namespace sit

@@ -1,4 +1,4 @@
-// Directory listings for the library's own use.
+// Listings and copies through the shell's own tools.
 #pragma once
 
 #include <cstddef>
@@ -10,5 +10,13 @@ namespace sit {
 // that makes a command of more than `max_length` characters.
 void list_directory(std::string_view options, std::string_view directory,
                     std::size_t max_length) noexcept;
+
+enum class Depth { kOne, kAll };
+
+// As ListFiles.
+void list_files(const char* directory, Depth depth) noexcept;
+
+// As MyCopy.
+void copy_by_command(const char* source, const char* destination) noexcept;
 
 }  // namespace sit

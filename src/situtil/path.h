@@ -1,9 +1,10 @@
-// Joining paths within their capacity.
+// Paths within their capacity.
 #pragma once
 
 #include <initializer_list>
 #include <string_view>
 
+#include "commfile.h"
 #include "commutils/bounded_text.h"
 #include "commutils/views.h"
 #include "sit/codes.h"
@@ -26,6 +27,13 @@ template <std::size_t Bytes>
     is_first = false;
   }
   return true;
+}
+
+// Makes the path of the pieces. When they do not fit, the report says so and the result is false.
+template <std::size_t Bytes>
+[[nodiscard]] bool compose_path(BoundedText<Bytes>& path,
+                                std::initializer_list<std::string_view> pieces) noexcept {
+  return compose(path, "The path", pieces);
 }
 
 // What stands behind the last "/".

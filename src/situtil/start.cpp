@@ -15,6 +15,8 @@
 #include "commfile.h"
 #include "files.h"
 #include "signals.h"
+#include "sit/codes.h"
+#include "situtil/child.h"
 
 // A child that works in the memory of its parent leaves no traces in it. The sanitizer would keep
 // its marks for frames of which none ever returns.
@@ -81,7 +83,7 @@ SIT_IN_CHILD int become_command(void* argument) noexcept {
     output = open_for_writing(order.output, Existing::kOverwrite).release();
   }
   if (output < 0) {
-    LogMsgV("execcmd: Cannot open output file %s for fork\n", order.output);
+    log_verbose("execcmd: Cannot open output file %s for fork\n", order.output);
     ::_exit(kCannotStart);
   }
   place(output, STDERR_FILENO);
@@ -137,6 +139,13 @@ pid_t start(const Order& order) noexcept {
   if (child == 0) become_command(const_cast<Order*>(&order));
   errno = error;
   return child;
+}
+
+Outcome run(const Order& order) noexcept {
+  const pid_t child = start(order);
+  if (child >= 0) return {wait_for_child(child), true};
+  log("Error forking %s, returned %d\n", order.command, child);
+  return {SIT_FAILED, false};
 }
 
 }  // namespace sit

@@ -8,32 +8,33 @@
 #include <cstdlib>
 
 #include "commutils/views.h"
+#include "file_status.h"
 #include "session.h"
 #include "signals.h"
-#include "sit/situtil.h"
 
+namespace sit {
 namespace {
 
 constexpr off_t kRoom = 4096;
 
 std::string_view default_directory() noexcept {
   const char* named = ::secure_getenv("TMPDIR");
-  return !sit::is_missing(named) && S_ISDIR(FileExists(named)) ? named : "/tmp";
+  return !is_missing(named) && S_ISDIR(file_mode(named)) ? named : "/tmp";
 }
 
 // One step finds the name and makes the file.
-sit::UniqueFd make_file(std::string_view directory, sit::HeapText& name) noexcept {
+UniqueFd make_file(std::string_view directory, HeapText& name) noexcept {
   const std::string_view slash = directory.ends_with('/') ? "" : "/";
-  name = sit::concatenate({directory, slash, "sitXXXXXX"});
+  name = concatenate({directory, slash, "sitXXXXXX"});
   if (name == nullptr) return {};
-  sit::UniqueFd file{::mkostemp(name.get(), O_CLOEXEC)};
+  UniqueFd file{::mkostemp(name.get(), O_CLOEXEC)};
   if (!file.is_open()) name.reset();
   return file;
 }
 
 // Writes a byte, which takes room there. Returns 0, or the file system's error.
 int write_byte(int fd, off_t offset) noexcept {
-  const sit::QuietWriting quiet{sit::may_raise_signals(fd)};
+  const QuietWriting quiet{may_raise_signals(fd)};
   for (;;) {
     if (::pwrite(fd, "", 1, offset) == 1) return 0;
     if (errno != EINTR) return errno;
@@ -42,8 +43,8 @@ int write_byte(int fd, off_t offset) noexcept {
 
 // Tried out with another file: emptying one again is costly.
 bool has_room(std::string_view directory) noexcept {
-  sit::HeapText name;
-  sit::UniqueFd file = make_file(directory, name);
+  HeapText name;
+  UniqueFd file = make_file(directory, name);
   if (!file.is_open()) return false;
   const int error = write_byte(file.get(), kRoom - 1);
   // Some file systems tell only here that they are full.
@@ -53,15 +54,13 @@ bool has_room(std::string_view directory) noexcept {
 }
 
 // A name under which a file could be made, and was removed again.
-sit::HeapText name_in(std::string_view directory) noexcept {
-  sit::HeapText name;
+HeapText name_in(std::string_view directory) noexcept {
+  HeapText name;
   if (make_file(directory, name).is_open()) ::unlink(name.get());
   return name;
 }
 
 }  // namespace
-
-namespace sit {
 
 TempFile::TempFile() noexcept {
   if (!make_in(default_directory()) && report_is_open()) {
@@ -90,19 +89,10 @@ int TempFile::seal() noexcept {
   return error == EFBIG ? write_byte(file_.get(), size_) : error;
 }
 
+HeapText temp_file_name() noexcept {
+  HeapText name = name_in(default_directory());
+  if (name == nullptr && report_is_open()) name = name_in(pc->reportDir);
+  return name;
+}
+
 }  // namespace sit
-
-extern "C" char* GetTempFile() noexcept {
-  sit::HeapText name = name_in(default_directory());
-  if (name == nullptr && sit::report_is_open()) name = name_in(pc->reportDir);
-  return name.release();
-}
-
-extern "C" unsigned int FileExists(const char* path) noexcept {
-  struct stat status {};
-  if (path == nullptr) {
-    errno = EFAULT;
-    return 0;
-  }
-  return ::stat(path, &status) == 0 ? status.st_mode : 0;
-}

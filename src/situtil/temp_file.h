@@ -44,4 +44,7 @@ class TempFile {
   off_t size_ = 0;
 };
 
+// As GetTempFile.
+[[nodiscard]] HeapText temp_file_name() noexcept;
+
 }  // namespace sit

@@ -5,33 +5,33 @@
 
 #include "commfile.h"
 #include "commutils/views.h"
-#include "sit/commutils.h"
-#include "sit/situtil.h"
+#include "file_status.h"
+#include "handles.h"
+#include "situtil/lines.h"
 #include "websvr/websvr.h"
 
-constinit const char* nsSrvId = "ServerID https-";
-
+namespace sit::websvr {
 namespace {
 
 // Only the first server id of the file counts.
 bool has_server_id(const char* conf, const char* server_name) noexcept {
-  sit::LineReader reader{conf};
+  LineReader reader{conf};
   if (reader.error() != 0) {
-    LogMsgV("Failed to open config file %s, errno=%d\n\n", conf, reader.error());
+    log_verbose("Failed to open config file %s, errno=%d\n\n", conf, reader.error());
     return false;
   }
-  const std::string_view marker = sit::text_of(nsSrvId);
-  sit::Line line;
+  const std::string_view marker = text_of(nsSrvId);
+  Line line;
   std::size_t found = std::string_view::npos;
   while (found == std::string_view::npos) {
     if (!reader.next(line)) return false;
     found = line.text().find(marker);
   }
-  LogMsgV("Found 'ServerID' in conf file, line is:\n  %s\n", sit::line_text(line.text()).c_str());
-  const sit::LineText id = sit::line_text(sit::tail(line.content(), found + marker.size()));
-  LogMsgV("Comparing '%s' to '%s'\n", id.c_str(), server_name);
+  log_verbose("Found 'ServerID' in conf file, line is:\n  %s\n", line_text(line.text()).c_str());
+  const LineText id = line_text(tail(line.content(), found + marker.size()));
+  log_verbose("Comparing '%s' to '%s'\n", id.c_str(), server_name);
   if (id.view() != server_name) return false;
-  LogMsgV("Found server %s, as required\n", server_name);
+  log_verbose("Found server %s, as required\n", server_name);
   return true;
 }
 
@@ -50,7 +50,7 @@ const char* next_candidate(DIR* directory) noexcept {
 }
 
 // What the walk through a server root has come across.
-struct Search {
+struct Findings {
   int candidates = 0;
   int accepted = 0;
   unsigned int flags = 0;
@@ -65,44 +65,37 @@ struct Search {
 
 }  // namespace
 
-extern "C" {
-
-int CheckNetscapeServerName(const char* server_root, const char* entry, const char* server_name,
-                            unsigned int* flags) noexcept {
-  LogMsgV("Checking for Netscape Server name '%s' in %s%c%s\n", server_name, server_root, '/',
-          entry);
-  sit::Path conf;
+bool is_server(const char* server_root, const char* entry, const char* server_name,
+               unsigned int& flags) noexcept {
+  log_verbose("Checking for Netscape Server name '%s' in %s%c%s\n", server_name, server_root, '/',
+              entry);
+  Path conf;
   const bool fits =
-      sit::compose(conf, "The path",
-                   {sit::text_of(server_root), "/", sit::text_of(entry), "/config/magnus.conf"});
-  if (!fits || FileExists(conf.c_str()) == 0) {
-    if (fits) LogMsgV("Config file '%s' does not exist\n\n", conf.c_str());
-    if (flags != nullptr) *flags |= SIT_CONFIG_MISSING;
-    return 0;
+      compose_path(conf, {text_of(server_root), "/", text_of(entry), "/config/magnus.conf"});
+  if (!fits || !exists(conf.c_str())) {
+    if (fits) log_verbose("Config file '%s' does not exist\n\n", conf.c_str());
+    flags |= SIT_CONFIG_MISSING;
+    return false;
   }
-  LogMsgV("File %s has been found\n", conf.c_str());
-  if (sit::is_missing(server_name)) {
-    LogMsgV("srvname is empty (no -wnsrv param?), assuming this to be correct server\n\n");
-    return 1;
+  log_verbose("File %s has been found\n", conf.c_str());
+  if (is_missing(server_name)) {
+    log_verbose("srvname is empty (no -wnsrv param?), assuming this to be correct server\n\n");
+    return true;
   }
-  return has_server_id(conf.c_str(), server_name) ? 1 : 0;
+  return has_server_id(conf.c_str(), server_name);
 }
 
-int GetNetscapeServerDir(const char* server_root, const char* server_name, char* output) noexcept {
-  if (server_root == nullptr || output == nullptr) return EINVAL;
-  output[0] = '\0';
-  const sit::UniqueDir directory{::opendir(server_root)};
+int search(const char* server_root, const char* server_name, Path& instance) noexcept {
+  instance = Path{};
+  const UniqueDir directory{::opendir(server_root)};
   if (directory == nullptr) return errno != 0 ? errno : SIT_NO_SERVER;
-  Search search;
+  Findings findings;
   while (const char* entry = next_candidate(directory.get())) {
-    ++search.candidates;
-    if (CheckNetscapeServerName(server_root, entry, server_name, &search.flags) == 0) continue;
-    sit::Path instance;
-    if (++search.accepted == 1 && sit::join_path(instance, {server_root, entry})) {
-      stcopy(output, instance.c_str());
-    }
+    ++findings.candidates;
+    if (!is_server(server_root, entry, server_name, findings.flags)) continue;
+    if (++findings.accepted == 1) static_cast<void>(join_path(instance, {server_root, entry}));
   }
-  return errno != 0 ? errno : search.result();
+  return errno != 0 ? errno : findings.result();
 }
 
-}  // extern "C"
+}  // namespace sit::websvr

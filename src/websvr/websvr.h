@@ -1,50 +1,39 @@
-// What the reports on both web servers share.
+// Web-server configuration: what the sections of both servers are made of.
 #pragma once
 
 #include <string_view>
 
 #include "sit/websvr.h"
-#include "situtil/lines.h"
 #include "situtil/path.h"
 
-namespace sit {
+namespace sit::websvr {
 
-// A value of a configuration line and what follows it, the closing quote left out.
-struct ConfValue {
-  std::string_view text;
-  std::string_view rest;
-};
+// ---- Netscape/iPlanet ----
 
-[[nodiscard]] ConfValue read_value(std::string_view line) noexcept;
+// Finds the instance that the host asks for. Returns what GetNetscapeInfo returns without it.
+[[nodiscard]] int find_instance(const char* server_root, const char* server_name,
+                                Path& instance) noexcept;
 
-[[nodiscard]] std::string_view without_trailing_slash(std::string_view path) noexcept;
+// As GetNetscapeServerDir and CheckNetscapeServerName.
+[[nodiscard]] int search(const char* server_root, const char* server_name, Path& instance) noexcept;
+[[nodiscard]] bool is_server(const char* server_root, const char* entry, const char* server_name,
+                             unsigned int& flags) noexcept;
 
-// False when the path does not fit; it is then empty.
-[[nodiscard]] bool make_absolute(Path& absolute, std::string_view path,
-                                 std::string_view base) noexcept;
+// As LogNetscapeConfig, GetNetscapeObjConf and LogNetscapeCGIDirs.
+int write_instance(std::string_view instance) noexcept;
+[[nodiscard]] int find_object_file(const char* magnus_conf, std::string_view instance,
+                                   Path& object_file) noexcept;
+[[nodiscard]] int list_cgi_directories(const char* object_file) noexcept;
 
-// Writes a file into the report below `heading`; `failure` takes its path and the error number.
-// Returns what ReadTextFile returns.
-int log_contents(const char* heading, const char* failure, const char* path) noexcept;
+// ---- Apache ----
 
-// How a server's script directories are reported.
-struct ScriptWords {
-  const char* heading;  // takes the directory and its alias
-  const char* missing;  // takes the directory
-  const char* none;     // takes the configuration file
-};
+// The configuration file below the root. False when there is none.
+[[nodiscard]] bool find_apache_conf(std::string_view server_root, Path& conf) noexcept;
 
-class ScriptDirectories {
- public:
-  explicit ScriptDirectories(const ScriptWords& words) noexcept : words_(words) {}
+// Writes the sections. Returns 0, or why the configuration file could not be read.
+[[nodiscard]] int write_apache(const char* conf, std::string_view server_root) noexcept;
 
-  void list(std::string_view directory, std::string_view alias) noexcept;
-  // At the end of the configuration file.
-  void finish(const char* conf) const noexcept;
+// As FindApacheScriptAlias.
+void list_script_aliases(const char* conf, std::string_view server_root) noexcept;
 
- private:
-  ScriptWords words_;
-  bool last_is_empty_ = true;
-};
-
-}  // namespace sit
+}  // namespace sit::websvr

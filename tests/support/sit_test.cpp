@@ -50,7 +50,12 @@ std::string title(const std::string& text) {
 std::string too_long(const std::string& what, const std::string& text, int limit) {
   return "ERROR: The " + what + " of " + std::to_string(text.size()) +
          " characters is longer than " + std::to_string(limit) +
-         " and is not used: " + text.substr(0, 200) + "...\n";
+         " and is not used: " + text.substr(0, 100) + (text.size() > 200 ? "..." : "") +
+         text.substr(text.size() - 100) + (text.ends_with('\n') ? "" : "\n");
+}
+
+std::string no_file(const std::string& directory) {
+  return "\nERROR: Reading " + directory + " failed before its end, errno = 21\n";
 }
 
 std::string taken(char* text) {

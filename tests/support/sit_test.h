@@ -24,6 +24,9 @@ std::string title(const std::string& text);
 // What a report says about a text that does not fit where it belongs.
 std::string too_long(const std::string& what, const std::string& text, int limit = 255);
 
+// What it says about a directory that is read as a file.
+std::string no_file(const std::string& directory);
+
 // A text of the plug-in's that the caller owns; it is freed.
 std::string taken(char* text);
 
