@@ -7,7 +7,7 @@
 
 namespace sit {
 
-inline constexpr const char* kVersion = "11.6";
+inline constexpr const char* kVersion = SIT_VERSION;
 
 inline constexpr std::size_t kHostNameBytes = 255;
 

@@ -10,13 +10,14 @@
 SIT_BEGIN_C
 
 /* Opens the report at `path` (at most 255 characters). `mode` is a bit set: 64 truncates or
- * creates the file and writes the header; 1024 appends and writes the header only when the file
- * is new; 64 wins over 1024. On success the session's reportDir holds the report's directory:
- * the path up to its last "/", else the working directory, else ".".
- * Returns 0; 10000 for a null path; 10007 for a mode with neither bit; 10008 for a path that is
- * too long; else the system error number of the failed open, ENXIO for a FIFO without a reader. A
- * failure leaves the file and an open report as they were; a success puts the new report in the
- * place of the open one, which gets no end mark. The file is close-on-exec. */
+ * creates the file and writes the header; 1024 appends and writes the header only when the file is
+ * new; 64 wins over 1024. On success the session's reportDir holds the report's directory: the
+ * path up to its last "/", else the working directory, else ".".
+ * Returns 0; SIT_NO_REPORT_PATH for a null path; SIT_BAD_OPEN_MODE for a mode with neither bit;
+ * SIT_PATH_TOO_LONG for a path that is too long; else the system error number of the failed open,
+ * ENXIO for a FIFO without a reader. A failure leaves the file and an open report as they were; a
+ * success puts the new report in the place of the open one, which gets no end mark. The file is
+ * close-on-exec. */
 SIT_API int LogOpen(const char *path, int mode) SIT_NOEXCEPT;
 
 /* Ends the open report: writes the end mark "\n==End of Log==" when `final` is exactly 1, then a

@@ -74,13 +74,14 @@ extern SIT_API char *plistpfname;
  * `destination`, its name followed by the installation's version; without any check tool only the
  * installation's own file is.
  * Returns 0 or one of:
- *   -1     the record is null
- *   1      a check failed; or, without any check tool, the plugins file named the location
- *   10000  without any check tool: the plugins file named no location
- *   10011  the broker properties file is missing or a directory
- *   10012  the plugins file is missing or a directory
- *   10017  the plugins file cannot be opened
- *   10018  the broker properties file could not be copied; EINVAL stands for a null destination
+ *   -1: the record is null
+ *   1: a check failed; or, without any check tool, the plugins file named the location
+ *   OB_NO_LOCATION: without any check tool, the plugins file named no location
+ *   SIT_NO_BROKER_PROPERTIES: the broker properties file is missing or a directory
+ *   SIT_NO_PLUGINS_FILE: the plugins file is missing or a directory
+ *   SIT_PLUGINS_UNREADABLE: the plugins file cannot be opened
+ *   SIT_COPY_FAILED: the broker properties file could not be copied; EINVAL stands for a null
+ *     destination
  * Each tool has a minute; see execcmd. */
 SIT_API int ValidateOB(PHMVER *record, const char *plugins_file, const char *broker, int copy,
                        const char *destination) SIT_NOEXCEPT;
@@ -90,9 +91,10 @@ SIT_API int ValidateOB(PHMVER *record, const char *plugins_file, const char *bro
  * open report. Its brokers' logs are noted under `version`; the types "AP" and "WP" tell of
  * parameter files, too. The output is read in pieces of 254 characters, each of which counts as a
  * line.
- * Returns 0; 10000 without a tool; 10001 when its command is too long, which the report says, or
- * its output cannot be opened; 10015 when the tool cannot find the broker, or its name is too long;
- * 10020 when the tool cannot load a property. */
+ * Returns 0; SIT_NO_REPORT_PATH without a tool; SIT_NOT_FOUND when its command is too long, which
+ * the report says, or its output cannot be opened; SIT_NO_SUCH_BROKER when the tool cannot find
+ * the broker, or its name is too long; SIT_PROPERTY_NOT_LOADED when the tool cannot load a
+ * property. */
 SIT_API int ValidateOBInstance(const char *version, const char *tool, const char *broker,
                                const char *location, const char *type) SIT_NOEXCEPT;
 
@@ -123,11 +125,11 @@ SIT_API int LogParameterFile(const char *directory, const char *file) SIT_NOEXCE
  * properties/conmgr.properties of the installation. With a non-zero `copy` it is then copied into
  * the directory `destination`, its name followed by the installation's version.
  * Returns 0 or one of:
- *   -1     the record is null
- *   1      memory ran out
- *   10014  the properties file is missing or a directory
- *   10018  it could not be copied; EINVAL stands for a null destination
- *   10019  there is no dbconfig; the report does not say so */
+ *   -1: the record is null
+ *   1: memory ran out
+ *   SIT_NO_CONMGR_PROPERTIES: the properties file is missing or a directory
+ *   SIT_COPY_FAILED: it could not be copied; EINVAL stands for a null destination
+ *   SIT_NO_DATABASE_TOOL: there is no dbconfig; the report does not say so */
 SIT_API int ValidateConMgr(PHMVER *record, const char *properties, int copy,
                            const char *destination) SIT_NOEXCEPT;
 
@@ -195,18 +197,19 @@ SIT_API int Copy_File(const char *source, const char *destination, int trim) SIT
  * gets a new directory of the database's name. The open report says what could not be copied, and
  * which of the copied logs lie outside the installation.
  * Returns 0 or one of:
- *   1      nothing is noted for the name
- *   -1     an argument is null
- *   10021  the installation has no admin server
- *   10023  the admin server's work directory was not found
- *   10024  no log of the admin server could be copied
- *   10030  a database of the same name was left out
+ *   1: nothing is noted for the name
+ *   -1: an argument is null
+ *   SIT_NO_ADMIN_SERVER: the installation has no admin server
+ *   SIT_NO_ADMIN_DIRECTORY: the admin server's work directory was not found
+ *   SIT_NO_ADMIN_LOGS: no log of the admin server could be copied
+ *   SIT_DATABASE_LEFT_OUT: a database of the same name was left out
  * Relies on mkdir. */
 SIT_API int Copy_Log_Files(const char *name, const char *version,
                            const char *destination) SIT_NOEXCEPT;
 
-/* Copies the admin server's logs from its work directory into `destination`, trimmed to their
- * last megabyte. `version` is not used. Returns 0 when at least one was copied, else 10024. */
+/* Copies the admin server's logs from its work directory into `destination`, trimmed to their last
+ * megabyte. `version` is not used. Returns 0 when at least one was copied, else SIT_NO_ADMIN_LOGS.
+ */
 SIT_API int CopyAdmSrvLogs(const char *version, const char *directory,
                            const char *destination) SIT_NOEXCEPT;
 

@@ -37,8 +37,8 @@ typedef struct PHMVER {
 enum {
   PK_WEBCLIENT = 1,
   PK_FRAMEWORK = 2,
-  PK_MONITOR = 4, /* discovery sets this bit; tests use PK_MONITOR_MASK */
-  PK_MONITOR_MASK = 60,
+  PK_MONITOR = 4,       /* what discovery sets; GetAdminServerPluginsFile looks at it alone */
+  PK_MONITOR_MASK = 60, /* 4, 8, 16 and 32: any of them makes a monitoring product */
   PK_EXTRA = 64
 };
 

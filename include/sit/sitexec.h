@@ -1,11 +1,13 @@
 /* What the host calls: the session calls, the queries and the collection commands.
  *
  * Every collection command writes one section into the report at `path` (at most 255 characters)
- * and returns 0 or one of:
- *   10000  the path is null or empty; nothing else has happened. Not of GetDelvonFiles, OBCopyFiles
- *          and RunCommand, for which a null path means something and an empty one cannot be opened
- *   10008  the path is longer than 255 characters
- *   else   the system error number of opening the report or of flushing it at the end
+ * and returns 0 or one of the following. A command about one installation may have nothing to
+ * write: its comment says when it makes no report.
+ *   SIT_NO_REPORT_PATH: the path is null or empty; nothing else has happened. Not of
+ *     GetDelvonFiles, OBCopyFiles and RunCommand, for which a null path means something and an
+ *     empty one cannot be opened
+ *   SIT_PATH_TOO_LONG: the path is longer than 255 characters
+ *   else: the system error number of opening the report or of flushing it at the end
  * `mode` 64 makes a new report with a header; any other value appends. `final` 1 ends the report
  * with "==End of Log==". Commands initiate the session themselves. */
 #ifndef SIT_SITEXEC_H
@@ -79,40 +81,41 @@ SIT_API int GetSysInfo(const char *path, int16_t section, int mode, int final) S
 SIT_API int GetPelVers(const char *path, int mode, int final) SIT_NOEXCEPT;
 
 /* "Java Versions" of the installations, or of the machine in product-independent mode. Joins an
- * open report as GetPelVers does. Also returns 10008 when no installation was found; the report
- * is complete all the same. */
+ * open report as GetPelVers does. Also returns SIT_NO_INSTALLATION when no installation was found;
+ * the report is complete all the same. */
 SIT_API int GetJavaVers(const char *path, int mode, int final) SIT_NOEXCEPT;
 
 /* "OS Version", then the sections of GetPelVers (unless product-independent) and GetJavaVers.
- * `extra` non-zero asks for further versions, of which Unix has none. Also returns 10008 when no
- * installation was found; the report is complete all the same. */
+ * `extra` non-zero asks for further versions, of which Unix has none. Also returns
+ * SIT_NO_INSTALLATION when no installation was found; the report is complete all the same. */
 SIT_API int GetVersInfo(const char *path, int mode, int final, int extra) SIT_NOEXCEPT;
 
 /* The product configuration of the installation that the version key names: its configuration
- * listing, installer's record and add-ons. `mode` is a bit set as for LogOpen (10007 when it holds
- * neither 64 nor 1024). Returns 0 without a report when there is no installation at all; when there
- * is one, but none matches, the report says so. */
+ * listing, installer's record and add-ons. `mode` is a bit set as for LogOpen (SIT_BAD_OPEN_MODE
+ * when it holds neither 64 nor 1024). Returns 0 without a report when there is no installation at
+ * all; when there is one, but none matches, the report says so. */
 SIT_API int GetPelCFGInfo(const char *path, const char *version_key, int mode, int final,
                           int selector) SIT_NOEXCEPT;
 
 /* A recursive listing of every installation that the version key names. `mode`, no installation at
- * all and no match as for GetPelCFGInfo; the report always gets its end mark. */
+ * all and no match as for GetPelCFGInfo; a report that is made gets its end mark. */
 SIT_API int GetPelInstFiles(const char *path, const char *version_key, int mode, int ignored,
                             int selector) SIT_NOEXCEPT;
 
 /* "Certificates" and, from release 10.0B on, "Keys" of every installation that the version key
- * names, releases up to 8 excepted: each opens the report anew, and the last one's result counts.
- * `mode`, no installation at all and no match (0 in any case) as for GetPelCFGInfo; the report
- * always gets its end mark. */
+ * names: each opens the report anew, and the last one's result counts. For releases up to 8 no
+ * report is made. `mode`, no installation at all and no match (0 in any case) as for GetPelCFGInfo;
+ * a report that is made gets its end mark. */
 SIT_API int GetPelSecurityLog(const char *path, const char *version_key, int mode, int ignored,
                               int selector) SIT_NOEXCEPT;
 
 /* Copies the files of the monitoring installation that the version key names into a new folder in
- * `directory`, at least 256 bytes, which receives the path of that folder. The report at `path`
- * is appended to; null stands for a temporary file (mode 0600) that stays.
+ * `directory`, at least 256 bytes, which receives the path of that folder. The report at `path` is
+ * appended to; null stands for a temporary file (mode 0600) that stays.
  * Returns 0, also when no installation matches (the report says so); -1 for a null directory or
- * key; 10001 when there is no temporary file; the codes of opening the report; the system error
- * number when the folder cannot be made, ENAMETOOLONG when its path exceeds 255 characters. */
+ * key; SIT_NOT_FOUND when there is no temporary file; the codes of opening the report; the system
+ * error number when the folder cannot be made, ENAMETOOLONG when its path exceeds 255 characters.
+ */
 SIT_API int GetDelvonFiles(const char *path, char *directory, const char *version_key) SIT_NOEXCEPT;
 
 /* ---- Brokers and the admin server ---- */
@@ -121,24 +124,25 @@ SIT_API int GetDelvonFiles(const char *path, char *directory, const char *versio
  * file": validates both files of the first plain Pelloran installation with this version key (at
  * most 255 characters; none that contains "7." or "8."), see ValidateOB and ValidateConMgr, and
  * copies them into the directory `destination`. Empty or null file names stand for the
- * installation's own. `mode` goes to LogOpen as it is; the report always gets its end mark.
+ * installation's own. `mode` goes to LogOpen as it is; a report that is made gets its end mark.
  * Returns 0 or one of:
- *   10000  the report path is null or empty
- *   10013  no installation matches; no report is made
- *   10016  a validation failed, or there is no check tool to make it; the report is complete
- *   else   what opening or closing the report returns; see commfile.h
+ *   SIT_NO_REPORT_PATH: the report path is null or empty
+ *   SIT_NO_MATCHING_INSTALLATION: no installation matches; no report is made
+ *   SIT_VALIDATION_FAILED: a validation failed, or there is no check tool to make it; the report
+ *     is complete
+ *   else: what opening or closing the report returns; see commfile.h
  * Leaves the log files found in the table `logs`, for OBCopyFiles. */
 SIT_API int GetOBValidationInfo(const char *destination, const char *path, const char *version_key,
                                 int mode, int ignored, const char *plugins_file,
                                 const char *conmgr_file) SIT_NOEXCEPT;
 
 /* Copies the log files of the broker or server `name`, of a database ("db:" and its name) or of
- * the admin server ("admsrv") into the directory `destination`. Unlike a version key, `version`
- * is the installation's whole version, patch part included. But for the admin server's, log files
- * are known once GetOBValidationInfo has run in this process. The report at `path` is appended to
- * and says what could not be copied; null stands for a temporary file (mode 0600) that stays.
- * Returns what Copy_Log_Files returns; -1 when an argument other than the path is null; 10001 when
- * there is no temporary file; what opening the report returns. */
+ * the admin server ("admsrv") into the directory `destination`. Unlike a version key, `version` is
+ * the installation's whole version, patch part included. But for the admin server's, log files are
+ * known once GetOBValidationInfo has run in this process. The report at `path` is appended to and
+ * says what could not be copied; null stands for a temporary file (mode 0600) that stays.
+ * Returns what Copy_Log_Files returns; -1 when an argument other than the path is null;
+ * SIT_NOT_FOUND when there is no temporary file; what opening the report returns. */
 SIT_API int OBCopyFiles(const char *path, const char *name, const char *version,
                         const char *destination) SIT_NOEXCEPT;
 

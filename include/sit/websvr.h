@@ -19,14 +19,15 @@ extern SIT_API const char *nsSrvId;
 enum { SIT_CONFIG_MISSING = 1 /* an instance has no config/magnus.conf */ };
 
 /* "Netscape/iPlanet Configuration": writes the configuration of the instance named `server_name`
- * under `server_root` into a new report at `path`. An empty name means the only instance there
- * is. Without verbose mode a failed search makes no report; with it the report shows the search.
+ * under `server_root` into a new report at `path`. An empty name means the only instance there is.
+ * Without verbose mode a failed search makes no report; with it the report shows the search.
  * Returns 0 or one of, the first that applies:
- *   10000  the report path is null or empty
- *   10025  the server root is empty or holds no instance
- *   10001  the server root does not exist or is longer than 255 characters
- *   10027, 10028, 10029, a system error number: what GetNetscapeServerDir returns
- *   else   what opening or closing the report returns; see commfile.h
+ *   SIT_NO_REPORT_PATH: the report path is null or empty
+ *   SIT_NO_SERVER: the server root is empty or holds no instance
+ *   SIT_NOT_FOUND: the server root does not exist or is longer than 255 characters
+ *   SIT_SERVERS_AMBIGUOUS, SIT_NO_SERVER_OF_NAME, SIT_NO_SERVER_CONFIG, a system error number: what
+ *     GetNetscapeServerDir returns
+ *   else: what opening or closing the report returns; see commfile.h
  * In verbose mode the report is opened before the search. */
 SIT_API int GetNetscapeInfo(const char *path, const char *server_root,
                             const char *server_name) SIT_NOEXCEPT;
@@ -34,11 +35,11 @@ SIT_API int GetNetscapeInfo(const char *path, const char *server_root,
 /* Looks through the directories "https-*" of `server_root`, but for "https-admserv", and writes
  * the path of the first one that CheckNetscapeServerName accepts into `output`, at least 256
  * bytes; an empty text when there is none.
- * Returns 0 when exactly one is accepted; 10027 when more are; 10025 when there is no such
- * directory; 10029 when none is accepted and some lack their magnus.conf; 10028 when none is
- * accepted otherwise; the system error number when the server root cannot be read to its end;
- * EINVAL for a null root or output.
- * Relies on opendir and readdir. */
+ * Returns 0 when exactly one is accepted; SIT_SERVERS_AMBIGUOUS when more are; SIT_NO_SERVER when
+ * there is no such directory; SIT_NO_SERVER_CONFIG when none is accepted and some lack their
+ * magnus.conf; SIT_NO_SERVER_OF_NAME when none is accepted otherwise; the system error number when
+ * the server root cannot be read to its end; EINVAL for a null root or output. Relies on opendir
+ * and readdir. */
 SIT_API int GetNetscapeServerDir(const char *server_root, const char *server_name,
                                  char *output) SIT_NOEXCEPT;
 
@@ -65,13 +66,13 @@ SIT_API int LogNetscapeCGIDirs(const char *object_file) SIT_NOEXCEPT;
 /* ---- Apache ---- */
 
 /* "Apache Configuration": writes conf/httpd.conf under `server_root`, or
- * /etc/httpd/conf/httpd.conf when that is empty, and listings of its script directories into a
- * new report at `path`. Returns 0 or one of:
- *   10000  the report path is null or empty
- *   10001  the configuration file does not exist, or its path is longer than 255 characters; no
- *          report is made
- *   else   the system error number of reading the configuration file, or what opening or closing
- *          the report returns; see commfile.h */
+ * /etc/httpd/conf/httpd.conf when that is empty, and listings of its script directories into a new
+ * report at `path`. Returns 0 or one of:
+ *   SIT_NO_REPORT_PATH: the report path is null or empty
+ *   SIT_NOT_FOUND: the configuration file does not exist, or its path is longer than 255
+ *     characters; no report is made
+ *   else: the system error number of reading the configuration file, or what opening or closing
+ *     the report returns; see commfile.h */
 SIT_API int GetApacheInfo(const char *path, const char *server_root) SIT_NOEXCEPT;
 
 /* Lists each directory that a ScriptAlias of the configuration file maps into the open report

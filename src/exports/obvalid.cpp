@@ -95,12 +95,13 @@ int ValidateOB(PHMVER* record, const char* plugins_file, const char* broker, int
 int ValidateOBInstance(const char* version, const char* tool, const char* broker,
                        const char* location, const char* type) noexcept {
   PublishedParameterFiles published;
-  return obvalid::run_check({.version = version,
-                             .tool = tool,
-                             .broker = text_of(broker),
-                             .location = is_missing(location) ? "" : obroker,
-                             .type = text_of(type)},
-                            published.files());
+  return obvalid::run_check(
+      {.version = version,
+       .tool = tool,
+       .broker = text_of(broker),
+       .location = is_missing(location) ? std::nullopt : std::optional<std::string_view>{obroker},
+       .type = text_of(type)},
+      published.files());
 }
 
 int SetObjectName(char* buffer, const char* line) noexcept {

@@ -42,14 +42,16 @@ bool run_tool(const CheckTool& script, Validation& validation) noexcept {
     log_verbose("Could not find %s\n", tool.c_str());
     return false;
   }
+  const std::string_view location = validation.location.path.view();
   ++validation.tools;
   write_banner(script.type);
-  validation.status = run_check({.version = validation.record.version,
-                                 .tool = tool.c_str(),
-                                 .broker = validation.broker,
-                                 .location = validation.location.path.view(),
-                                 .type = script.type},
-                                validation.parameter_files);
+  validation.status =
+      run_check({.version = validation.record.version,
+                 .tool = tool.c_str(),
+                 .broker = validation.broker,
+                 .location = location.empty() ? std::nullopt : std::optional{location},
+                 .type = script.type},
+                validation.parameter_files);
   if (validation.status != SIT_OK) {
     validation.failed = true;
     return false;

@@ -98,7 +98,7 @@ Command command_of(const Check& check) noexcept {
     static_cast<void>(name.append({" ", check.broker}));
     command.raw(" -name ").quoted(name.view());
   }
-  command.raw(check.location.empty() ? "  " : " -f ").quoted(check.location).raw(" -v ");
+  command.raw(check.location ? " -f " : "  ").quoted(check.location.value_or("")).raw(" -v ");
   return command;
 }
 

@@ -1,6 +1,7 @@
 // The broker and admin-server configuration of an installation.
 #pragma once
 
+#include <optional>
 #include <string_view>
 
 #include "obvalid/parameter_files.h"
@@ -33,8 +34,8 @@ struct Copies {
 struct Check {
   const char* version;
   const char* tool;
-  std::string_view broker;    // empty for all
-  std::string_view location;  // of the properties file; empty for the tool's own
+  std::string_view broker;                   // empty for all
+  std::optional<std::string_view> location;  // of the properties file; nothing for the tool's own
   std::string_view type;
 };
 

@@ -25,7 +25,8 @@ using pelver::is_monitor;
 constexpr int kNamedByEnvironment = 3;
 constexpr int kDerived = 4;
 constexpr std::size_t kCommandLength = 511;
-// What must fit behind the directory: a configuration file's name, then "/installd.ini".
+// The room that a path must have behind the directory before anything is listed, and before
+// "/installd.ini" is shown.
 constexpr std::size_t kConfigurationRoom = 11;
 constexpr std::size_t kInstallerRecordRoom = 13;
 
