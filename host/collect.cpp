@@ -8,10 +8,12 @@
 #include <cstdlib>
 #include <ctime>
 #include <iostream>
+#include <memory>
 #include <optional>
 #include <set>
 
 #include "bundle/archive.h"
+#include "bundle/masking.h"
 #include "result/collection.h"
 #include "result/manifest.h"
 #include "result/progress.h"
@@ -40,12 +42,12 @@ std::string user_name(const Glance& glance) {
   return variable;
 }
 
-std::string folder_name(const CollectOptions& options, std::time_t now) {
+std::string folder_name(const std::string& given_label, std::time_t now) {
   std::array<char, 32> time{};
   std::tm local{};
   ::localtime_r(&now, &local);
   static_cast<void>(std::strftime(time.data(), time.size(), "%Y%m%d-%H%M%S", &local));
-  const std::string label = options.label.empty() ? "" : "-" + safe_name(options.label);
+  const std::string label = given_label.empty() ? "" : "-" + safe_name(given_label);
   return "sit-" + safe_name(host_name()) + label + "-" + time.data();
 }
 
@@ -96,9 +98,13 @@ class Collecting {
   explicit Collecting(const CollectOptions& options)
       : options_(options),
         format_(find_archive_format(options.format)),
+        masker_(options.is_unmasked
+                    ? nullptr
+                    : std::make_unique<Masker>(MaskRules::load(options.mask_rules))),
         progress_(options.progress),
         folder_(options.lists_steps ? temporary_folder() : options.output,
-                folder_name(options, started_)),
+                folder_name(masker_ == nullptr ? options.label : masker_->masked(options.label),
+                            started_)),
         supervisor_(options.settings, signals_, folder_, options.limits, progress_),
         environments_(environments_of(options)),
         versions_{.environment = environments_[0], .is_independent = true} {}
@@ -216,9 +222,13 @@ class Collecting {
   int finish() {
     if (!folder_.is_there()) throw Failure("somebody has removed " + folder_.path().string());
     folder_.remove_temporary();
+    if (masker_ != nullptr) mask_names(folder_, *masker_);
     folder_.tidy_names();
-    Contents contents = settle(folder_, options_.caps);
+    Contents contents = list(folder_);
+    contents.goes_into_archive = format_ != nullptr;
     if (format_ == nullptr) contents.absent.clear();  // it is where it was
+    if (masker_ != nullptr) mask_files(folder_, contents, *masker_, signals_);
+    cut_to(options_.caps, folder_, contents);
     const Collection collection{
         .tool_version = SIT_VERSION,
         .plugin_version = supervisor_.plugin_version(),
@@ -234,16 +244,18 @@ class Collecting {
         .rows = supervisor_.rows(),
         .commands = supervisor_.ended(),
         .glance = supervisor_.glance(),
-        .contents = contents};
+        .contents = contents,
+        .masker = masker_.get()};
     const std::vector<Problem> problems = problems_of(collection);
     bool is_written = summary_->write(summary_of(collection, problems));
     is_written = write_manifest(collection, problems) && is_written;
     tell(collection, problems, is_written);
-    const std::filesystem::path archive = is_written ? pack_folder(contents) : "";
+    const bool may_go = is_written && contents.masking.failed.empty();
+    const std::filesystem::path archive = may_go ? pack_folder(contents) : "";
     const std::filesystem::path made = archive.empty() ? folder_.path() : archive;
     std::cout << without_controls(made.string()) << "\n" << std::flush;
     if (!std::cout) progress_.say("Standard output does not take the path of the collection");
-    const bool is_whole = is_written && (format_ == nullptr || !archive.empty()) && std::cout;
+    const bool is_whole = may_go && (format_ == nullptr || !archive.empty()) && std::cout;
     const int status = is_whole && collection.is_complete() ? kComplete : kPartial;
     progress_.end(status, archive.empty() ? "folder" : "archive", made.string());
     return status;
@@ -280,7 +292,7 @@ class Collecting {
   void tell(const Collection& collection, const std::vector<Problem>& problems, bool is_written) {
     constexpr std::size_t kMostProblems = 10;
     for (std::size_t i = 0; i < std::min(problems.size(), kMostProblems); ++i) {
-      progress_.say("  " + problems[i].text);
+      progress_.say("  " + collection.masked(problems[i].text));
     }
     if (problems.size() > kMostProblems) {
       progress_.say("  and " + std::to_string(problems.size() - kMostProblems) + " more");
@@ -294,7 +306,8 @@ class Collecting {
   }
 
   const CollectOptions& options_;
-  const ArchiveFormat* format_;  // null: the folder is what is made
+  const ArchiveFormat* format_;     // null: the folder is what is made
+  std::unique_ptr<Masker> masker_;  // null: secrets stay
   std::time_t started_ = std::time(nullptr);
   Clock::time_point start_ = Clock::now();
   Progress progress_;

@@ -20,6 +20,8 @@ struct CollectOptions {
   std::string label;
   std::string progress = "auto";
   std::string format = "xz";  // of the archive
+  bool is_unmasked = false;
+  std::vector<std::string> mask_rules;  // more files of them
   Caps caps = {};
   RunSettings settings = {};
   Limits limits = {};

@@ -75,6 +75,9 @@ void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
                "call an entry point, keep the files it writes", "PATH,ENTRY");
   add_repeated(collect, "--brokers", options.wishes.brokers,
                "copy only the logs of this broker, \"db:\" database, or \"admsrv\"", "NAME");
+  add_repeated(collect, "--mask-rules", options.mask_rules,
+               "a file that tells of more secrets to mask", "FILE");
+  collect.add_flag("--unmasked", options.is_unmasked, "leave secrets as they are");
   add_repeated(collect, "--only", options.selection.only,
                "only this step, this kind of step or this installation", "ID");
   add_repeated(collect, "--skip", options.selection.skip, "all but these", "ID");

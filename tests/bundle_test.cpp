@@ -37,7 +37,7 @@ TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
     EXPECT_EQ(run("cd " + path("out") + " && sha256sum -c *.sha256").output, name + ": OK\n");
     EXPECT_EQ(run("stat -c %a " + path("out") + "/*").output, "600\n600\n");
     EXPECT_EQ(unpack(made),
-              "summary.txt\nmanifest.json\ncapture-1/d/left\ncapture-1/index.txt\n"
+              "summary.txt\nmanifest.json\nmasked.txt\ncapture-1/d/left\ncapture-1/index.txt\n"
               "capture-1/output.txt\n");
     EXPECT_EQ(test::without_header(test::read_file(path("unpacked/capture-1/output.txt"))),
               run("seq 50000").output + "\n==End of Log==\n");
@@ -61,7 +61,7 @@ TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
     const Collected made = collect("--format gz " + cap + capture);
     EXPECT_EQ(made.status, 1);
     EXPECT_EQ(unpack(made),
-              "summary.txt\nmanifest.json\ncapture-1/hard\ncapture-1/index.txt\n"
+              "summary.txt\nmanifest.json\nmasked.txt\ncapture-1/hard\ncapture-1/index.txt\n"
               "capture-1/output.txt\n");
     const fs::path folder = path("unpacked");
     EXPECT_LE(
@@ -105,7 +105,7 @@ TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
   const std::string said = path("said");
   const test::Ran ended =
       run(HOST
-          " collect --progress plain --only capture --capture 'head -c 200000000 /dev/urandom' "
+          " collect --progress plain --only capture --unmasked --capture 'head -c 200000000 /dev/urandom' "
           "--max-file 1G --output " +
           path("out") + " 2>" + said + " & while ! grep -q summary.txt " + said +
           "; do sleep 0.1; done; kill $! && wait $!");
@@ -118,7 +118,7 @@ TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
 
   if (!test::mount_small(path("out"), "3m")) GTEST_SKIP() << "needs a mount namespace";
   const Collected full = collect(
-      "--format xz --only capture --capture 'head -c 800K /dev/urandom; "
+      "--format xz --unmasked --only capture --capture 'head -c 800K /dev/urandom; "
       "head -c 800K /dev/urandom > left'");
   EXPECT_EQ(full.status, 1);
   EXPECT_EQ(full.printed, full.folder.string() + "\n");

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "mask/masker.h"
 #include "result/contents.h"
 #include "result/row.h"
 #include "work/glance.h"
@@ -28,7 +29,12 @@ struct Collection {
   const std::vector<EndedCommand>& commands;
   const Glance& glance;
   const Contents& contents;
+  Masker* masker = nullptr;  // null: nothing is masked
 
+  // A text as summary and manifest may tell it.
+  [[nodiscard]] std::string masked(const std::string& text) const {
+    return masker == nullptr ? text : masker->masked(text);
+  }
   [[nodiscard]] bool is_complete() const;
 };
 

@@ -90,9 +90,13 @@ std::uint64_t cut(const OutputFolder& folder, const std::string& file, std::uint
 
 }  // namespace
 
-Contents settle(const OutputFolder& folder, const Caps& caps) {
+Contents list(const OutputFolder& folder) {
   Contents contents;
   list_into(contents, folder, "");
+  return contents;
+}
+
+void cut_to(const Caps& caps, const OutputFolder& folder, Contents& contents) {
   std::vector<std::uint64_t> sizes;
   for (const std::string& file : contents.files) {
     sizes.push_back(std::min(folder.size_of(file), caps.file));
@@ -102,7 +106,6 @@ Contents settle(const OutputFolder& folder, const Caps& caps) {
     const std::uint64_t size = folder.size_of(file);
     if (size > longest) contents.cuts.push_back({file, size, cut(folder, file, size, longest)});
   }
-  return contents;
 }
 
 }  // namespace host

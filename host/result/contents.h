@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -28,14 +29,27 @@ struct Absent {
   std::string why;
 };
 
+// The secrets that were masked.
+struct Masking {
+  bool is_on = false;
+  std::map<std::string, std::uint64_t> counts = {};  // by rule
+  std::vector<std::string> no_texts = {};            // files that cannot be masked
+  std::string failed = {};  // the file at which it came to an end, and why; empty: it did not
+};
+
 struct Contents {
   std::vector<std::string> files;  // by their path below the folder
   std::vector<Cut> cuts;
   std::vector<Absent> absent;
+  Masking masking;
+  bool goes_into_archive = true;
 };
 
-// Lists what is in the folder, and cuts what is too long. So that all of it keeps to its cap, the
-// longest files are cut, all to the same length.
-[[nodiscard]] Contents settle(const OutputFolder& folder, const Caps& caps);
+// What is in the folder.
+[[nodiscard]] Contents list(const OutputFolder& folder);
+
+// Cuts what is too long. So that all of it keeps to its cap, the longest files are cut, all to the
+// same length.
+void cut_to(const Caps& caps, const OutputFolder& folder, Contents& contents);
 
 }  // namespace host

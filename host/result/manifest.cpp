@@ -46,6 +46,14 @@ Json row_of(const Row& row, Detail detail) {
   return json;
 }
 
+void mask_texts(Json& json, const Collection& collection) {
+  if (json.is_string()) {
+    json = collection.masked(json.get<std::string>());
+  } else if (json.is_structured()) {
+    for (auto& part : json) mask_texts(part, collection);
+  }
+}
+
 }  // namespace
 
 std::string manifest_of(const Collection& collection, const std::vector<Problem>& problems,
@@ -83,6 +91,13 @@ std::string manifest_of(const Collection& collection, const std::vector<Problem>
           {{"text", problem.text}, {"file", problem.file}, {"line", problem.line}});
     }
   }
+  Json masks = Json::array();
+  for (const auto& [rule, count] : collection.contents.masking.counts) {
+    masks.push_back({{"rule", rule}, {"count", count}});
+  }
+  json["masked"] = collection.contents.masking.is_on && collection.contents.masking.failed.empty();
+  json["masks"] = masks;
+  mask_texts(json, collection);
   return json.dump(detail == Detail::kReadable ? 1 : -1, ' ', false,
                    Json::error_handler_t::replace) +
          "\n";

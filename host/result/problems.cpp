@@ -121,7 +121,7 @@ class Problems {
 }  // namespace
 
 bool Collection::is_complete() const {
-  return given_up.empty() && contents.cuts.empty() &&
+  return given_up.empty() && contents.cuts.empty() && contents.masking.failed.empty() &&
          std::none_of(rows.begin(), rows.end(),
                       [](const Row& row) { return is_fault(row.outcome); });
 }
@@ -136,6 +136,9 @@ std::vector<Problem> problems_of(const Collection& collection) {
     problems.add({kGivenUp, "The run did not come to its end (" + collection.given_up + "); " +
                                 counted(static_cast<std::size_t>(skipped), "row") + " not begun"});
   }
+  if (const std::string& failed = collection.contents.masking.failed; !failed.empty()) {
+    problems.add({kGivenUp, "NOT ALL SECRETS ARE MASKED, do not send this: " + failed});
+  }
   for (const Row& row : collection.rows) problems.add_row(row);
   for (const EndedCommand& command : collection.commands) {
     const bool has_ended = command.end.find("still running") == std::string::npos;
@@ -144,6 +147,11 @@ std::vector<Problem> problems_of(const Collection& collection) {
                                      seconds_text(command.seconds) + " s"});
   }
   for (const Cut& cut : collection.contents.cuts) problems.add(problem_of(cut));
+  for (const std::string& file : collection.contents.masking.no_texts) {
+    problems.add({kUnreadable, file + (collection.contents.goes_into_archive
+                                           ? " is left out: it is no text, and could not be masked"
+                                           : " is no text: secrets in it are not masked")});
+  }
   for (const Absent& absent : collection.contents.absent) {
     problems.add({kUnreadable, absent.name + " is not in the archive: " + absent.why});
   }

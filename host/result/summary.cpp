@@ -71,9 +71,22 @@ std::string denied_text(const Collection& collection) {
   return files.empty() ? "" : "; \"permission denied\" in " + files;
 }
 
+std::string masks_text(const Masking& masking) {
+  if (!masking.is_on) return "NOT masked, as asked for with --unmasked";
+  if (!masking.failed.empty()) return "NOT ALL MASKED; see below";
+  std::uint64_t all = 0;
+  std::string rules;
+  for (const auto& [rule, count] : masking.counts) {
+    all += count;
+    rules += (rules.empty() ? "" : ", ") + std::to_string(count) + " " + rule;
+  }
+  return all == 0 ? "none found to mask"
+                  : counted(all, "mask") + " (" + rules + "); see masked.txt";
+}
+
 void write_head(std::ostream& out, const Collection& collection) {
   write_field(out, "Machine", collection.host);
-  if (!collection.label.empty()) write_field(out, "Label", collection.label);
+  if (!collection.label.empty()) write_field(out, "Label", collection.masked(collection.label));
   write_field(out, "Collected",
               time_text(collection.started) + ", in " + seconds_text(collection.seconds) +
                   " s, by " +
@@ -83,30 +96,35 @@ void write_head(std::ostream& out, const Collection& collection) {
       "sit " + collection.tool_version + ", plug-in " +
           (collection.plugin_version.empty() ? "of unknown version" : collection.plugin_version));
   write_field(out, "Options",
-              collection.options.empty() ? "none" : joined(quoted(collection.options), " "));
+              collection.options.empty()
+                  ? "none"
+                  : collection.masked(joined(quoted(collection.options), " ")));
   write_field(out, "Root",
               (collection.is_root ? "yes" : "no: what only root may see is not here") +
                   denied_text(collection));
   for (const Row& row : collection.rows) {
-    if (row.step.kind->work == Work::kDiscovery) write_field(out, "Products", row.why);
+    if (row.step.kind->work == Work::kDiscovery)
+      write_field(out, "Products", collection.masked(row.why));
   }
   if (!collection.note.empty()) write_field(out, "Note", collection.note);
+  write_field(out, "Secrets", masks_text(collection.contents.masking));
   write_field(out, "Outcome", verdict_of(collection));
 }
 
-void write_problems(std::ostream& out, const std::vector<Problem>& problems) {
+void write_problems(std::ostream& out, const Collection& collection,
+                    const std::vector<Problem>& problems) {
   write_title(out, "MISSING OR WRONG");
   if (problems.empty()) out << "Nothing.\n";
   for (std::size_t i = 0; i < std::min(problems.size(), kMostProblems); ++i) {
     const Problem& problem = problems[i];
     std::string mark = std::to_string(i + 1);
     mark.insert(0, mark.size() < kIndent - 2 ? kIndent - 2 - mark.size() : 0, ' ');
-    for (const std::string& line : wrapped(problem.text, kWidth - kIndent)) {
+    for (const std::string& line : wrapped(collection.masked(problem.text), kWidth - kIndent)) {
       out << std::left << std::setw(static_cast<int>(kIndent)) << mark << line << "\n";
       mark.clear();
     }
     if (problem.file.empty()) continue;
-    out << std::string(kIndent, ' ') << problem.file;
+    out << std::string(kIndent, ' ') << collection.masked(problem.file);
     if (problem.line != 0) out << ":" << problem.line;
     out << "\n";
   }
@@ -166,25 +184,26 @@ std::string table_row(const std::string& outcome, const std::string& seconds,
   return row.str();
 }
 
-void write_rows(std::ostream& out, const std::deque<Row>& rows) {
+void write_rows(std::ostream& out, const Collection& collection) {
   write_title(out, "ROWS");
   out << table_row("Outcome", "Seconds", "Bytes", "Title, and file");
   std::map<std::string, std::vector<std::string>> skipped;
-  for (const Row& row : rows) {
+  for (const Row& row : collection.rows) {
     if (row.outcome == RowOutcome::kSkipped) {
       skipped[row.why].push_back(row.step.id);
       continue;
     }
     out << table_row(text_of(row.outcome), seconds_text(row.seconds),
-                     row.step.file.empty() ? "" : std::to_string(row.bytes), row.step.title);
+                     row.step.file.empty() ? "" : std::to_string(row.bytes),
+                     collection.masked(row.step.title));
     const std::string indent(kWidth - 49, ' ');
     if (row.bytes > 0) out << indent << row.step.file << "\n";
     if (row.outcome == RowOutcome::kOk && row.step.kind->on == On::kCommand && !row.why.empty()) {
-      out << indent << row.why << "\n";
+      out << indent << collection.masked(row.why) << "\n";
     }
   }
   for (const auto& [why, ids] : skipped)
-    write_field(out, "skipped", why + ": " + joined(ids, ", "));
+    write_field(out, "skipped", collection.masked(why) + ": " + joined(ids, ", "));
 }
 
 }  // namespace
@@ -204,9 +223,9 @@ std::string summary_of(const Collection& collection, const std::vector<Problem>&
   std::ostringstream out;
   out << "SIT COLLECTION\n==============\n";
   write_head(out, collection);
-  write_problems(out, problems);
+  write_problems(out, collection, problems);
   write_machine(out, collection.glance);
-  write_rows(out, collection.rows);
+  write_rows(out, collection);
   return out.str();
 }
 
