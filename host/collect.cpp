@@ -27,9 +27,6 @@
 namespace host {
 namespace {
 
-constexpr const char* kSummaryFile = "summary.txt";
-constexpr const char* kManifestFile = "manifest.json";
-
 std::string host_name() {
   std::array<char, 256> name{};
   return ::gethostname(name.data(), name.size() - 1) == 0 && name[0] != '\0' ? name.data()

@@ -21,6 +21,7 @@
 #include "catalogue.h"
 #include "collect.h"
 #include "plugin.h"
+#include "remask.h"
 #include "support/failure.h"
 #include "support/text.h"
 
@@ -34,6 +35,7 @@ struct CommandLine {
   std::vector<std::string> libraries;
   bool independent = false;
   std::string call_name;
+  host::RemaskOptions remask;
 };
 
 std::size_t usual_jobs() {
@@ -152,6 +154,17 @@ void describe(CLI::App& app, CommandLine& line) {
   describe_what_is_collected(*collect, line);
   describe_how(*collect, line);
 
+  CLI::App* mask = app.add_subcommand("mask", "mask the secrets of a collection that is there");
+  mask->add_option("bundle", line.remask.bundle,
+                   "its folder, or its archive: a new one is made beside it")
+      ->required()
+      ->check(CLI::ExistingPath);
+  add_repeated(*mask, "--mask-rules", line.remask.mask_rules,
+               "a file that tells of more secrets to mask", "FILE");
+  mask->add_option("--format", line.remask.format,
+                   "of the new archive: xz (default), gz, zst, none")
+      ->type_name("FORM");
+
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
   add_plugin_option(*call, line);
   call->add_flag("--verbose", line.collect.settings.verbose, "diagnostic lines in the report");
@@ -187,6 +200,7 @@ int run_chosen(const CLI::App& app, CommandLine& line) {
     host::list_catalogue();
     return 0;
   }
+  if (app.got_subcommand("mask")) return host::remask(line.remask);
   const std::filesystem::path path =
       line.plugin ? std::filesystem::absolute(*line.plugin) : host::find_plugin();
   if (app.got_subcommand("collect")) {

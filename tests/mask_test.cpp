@@ -128,6 +128,61 @@ TEST_F(Mask, RulesThatCannotBeUsed) {
   EXPECT_EQ(collect("--mask-rules /nosuch").said, "sit: mask rules /nosuch: cannot be read\n");
 }
 
+TEST_F(Mask, CollectionsThatAreThereAlready) {
+  write_file(path("text"), "password=S3cret\n");
+  const std::string options = capture() + "--unmasked --capture 'echo --password S3cret' ";
+  for (const std::string form : {"gz", "none"}) {
+    const Collected made = collect(options + "--format " + form);
+    const std::string given = made.printed.substr(0, made.printed.find('\n'));
+    const test::Ran masked = run(HOST " mask " + given);
+    EXPECT_EQ(masked.status, 0) << masked.output;
+    const std::string bundle = masked.output.substr(0, masked.output.find('\n'));
+    fs::path folder = bundle;
+    if (form == "gz") {
+      EXPECT_TRUE(bundle.ends_with("-masked.tar.xz")) << masked.output;
+      EXPECT_EQ(run("cd " + path("out") + " && sha256sum -c *-masked*.sha256 | wc -l && ls | wc -l")
+                    .output,
+                "1\n4\n");
+      run("tar xf " + bundle + " -C " + path("out"));
+      folder = bundle.substr(0, bundle.size() - 7);
+    } else {
+      EXPECT_EQ(bundle, given);
+      EXPECT_EQ(run(HOST " mask " + given).status, 0) << "again";
+    }
+    EXPECT_EQ(run("grep -ra S3cret " + folder.string()).output, "");
+    EXPECT_TRUE(nlohmann::json::parse(read_file(folder / "manifest.json")).at("masked"));
+    EXPECT_NE(read_file(folder / "summary.txt").find("Secrets     masked afterwards"),
+              std::string::npos);
+    fs::remove_all(path("out"));
+  }
+}
+
+TEST_F(Mask, WhatIsNoCollection) {
+  write_file(path("made/sit-x/manifest.json"), "{}");
+  const std::string tar = "cd " + path("made") + " && tar ";
+  const std::pair<std::string, std::string> cases[] = {
+      {"czf ../a.tar.gz -P " + path("made/sit-x/manifest.json"), "which leads out of it"},
+      {"czf ../a.tar.gz -P sit-x/../../made/sit-x/manifest.json", "which leads out of it"},
+      {"czf ../a.tar.gz -C sit-x manifest.json", "which leads out of it"},
+      {"czf ../a.tar.gz sit-x; ln -s / l; tar czf ../a.tar.gz l", "\"l\", which is no file"},
+      {"c sit-x/manifest.json | xz > ../x; head -c 100 ../x > ../a.tar.gz", ""},
+      {"c sit-x/manifest.json > /dev/null; echo text > ../a.tar.gz", ""},
+      {"czf ../a.tar.gz -T /dev/null", "it is empty"}};
+  for (const auto& [make, why] : cases) {
+    run(tar + make);
+    const test::Ran ran = run(HOST " mask " + path("a.tar.gz"));
+    EXPECT_EQ(ran.status, 3) << make << ran.output;
+    EXPECT_TRUE(
+        ran.output.starts_with("sit: " + path("a.tar.gz") + " is no archive of a collection: "))
+        << ran.output;
+    EXPECT_TRUE(ran.output.ends_with(why + "\n")) << ran.output;
+    EXPECT_EQ(std::count(ran.output.begin(), ran.output.end(), '\n'), 1) << ran.output;
+    EXPECT_EQ(run("find " + path("") + " -name '*-masked*'").output, "") << "nothing is left";
+  }
+  EXPECT_EQ(run(HOST " mask " + path("made")).output,
+            "sit: " + path("made") + " is no collection: it has no manifest.json\n");
+}
+
 TEST_F(Mask, FullDiskKeepsTheFolderAndSaysSo) {
   if (!test::mount_small(path("out"), "3m")) GTEST_SKIP() << "needs a mount namespace";
   const Collected made = collect(

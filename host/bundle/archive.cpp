@@ -1,7 +1,5 @@
 #include "bundle/archive.h"
 
-#include <archive.h>
-#include <archive_entry.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -15,6 +13,7 @@
 #include <string_view>
 
 #include "bundle/digest.h"
+#include "bundle/stream.h"
 #include "support/failure.h"
 #include "support/mounts.h"
 #include "support/text.h"
@@ -30,21 +29,6 @@ constexpr std::array kFormats{
     ArchiveFormat{"gz", "gzip", "gzip:compression-level=6"},
     ArchiveFormat{"zst", "zstd", "zstd:compression-level=3"},
 };
-
-struct Free {
-  void operator()(archive* stream) const { ::archive_free(stream); }
-  void operator()(archive_entry* entry) const { ::archive_entry_free(entry); }
-};
-using Stream = std::unique_ptr<archive, Free>;
-using Entry = std::unique_ptr<archive_entry, Free>;
-
-void check(int result, archive* stream) {
-  if (result >= ARCHIVE_WARN) return;
-  const char* text = ::archive_error_string(stream);
-  const int error = ::archive_errno(stream);
-  if (error == ENOSPC || text == nullptr) throw Failure(error_text(error));
-  throw Failure(text);
-}
 
 // Two new files beside the folder, under its name or with a number behind it: the archive, and what
 // it is checked by.
@@ -144,9 +128,7 @@ class Writer {
 
 // The digest of what an archive gives back.
 std::string read_back(int fd, const SignalWatch& signals) {
-  const Stream stream(::archive_read_new());
-  check(::archive_read_support_filter_all(stream.get()), stream.get());
-  check(::archive_read_support_format_tar(stream.get()), stream.get());
+  const Stream stream = reading_stream();
   if (::lseek(fd, 0, SEEK_SET) != 0) throw Failure(error_text(errno));
   check(::archive_read_open_fd(stream.get(), fd, kBlock), stream.get());
   Digest digest;

@@ -20,6 +20,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::size_t kBlock = std::size_t{256} << 10U;
+constexpr const char* kMaskedFile = "masked.txt";
 constexpr const char* kNotMasked = "NOT-MASKED.txt";
 
 void write_all(int fd, std::string_view bytes) {
@@ -161,8 +162,13 @@ void mask_files(const OutputFolder& folder, Contents& contents, Masker& masker,
                 const SignalWatch& signals) {
   Masking& masking = contents.masking;
   masking.is_on = true;
-  const Descriptor list = folder.create(kMaskedFile);
-  std::string file = kMaskedFile;
+  masking.list = kMaskedFile;
+  Descriptor list = folder.create(masking.list);
+  for (int i = 2; !list.is_open() && errno == EEXIST; ++i) {  // it has been masked before
+    masking.list = "masked-" + std::to_string(i) + ".txt";
+    list = folder.create(masking.list);
+  }
+  std::string file = masking.list;
   try {
     // Should this end in the middle, the folder says so.
     const Descriptor warning = folder.create(kNotMasked);
@@ -184,7 +190,7 @@ void mask_files(const OutputFolder& folder, Contents& contents, Masker& masker,
       files.push_back(file);
     }
     contents.files = std::move(files);
-    contents.files.insert(contents.files.begin(), kMaskedFile);
+    contents.files.insert(contents.files.begin(), masking.list);
     folder.remove(kNotMasked);
   } catch (const Failure& failure) {
     masking.failed = file + ": " + failure.what();

@@ -18,6 +18,4 @@ void mask_names(const OutputFolder& folder, Masker& masker);
 void mask_files(const OutputFolder& folder, Contents& contents, Masker& masker,
                 const SignalWatch& signals);
 
-inline constexpr const char* kMaskedFile = "masked.txt";
-
 }  // namespace host

@@ -1,3 +1,6 @@
+inline constexpr const char* kSummaryFile = "summary.txt";
+inline constexpr const char* kManifestFile = "manifest.json";
+
 // A finished collection, as summary and manifest tell of it.
 #pragma once
 

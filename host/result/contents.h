@@ -32,6 +32,7 @@ struct Absent {
 // The secrets that were masked.
 struct Masking {
   bool is_on = false;
+  std::string list = {};                             // the file that tells of them
   std::map<std::string, std::uint64_t> counts = {};  // by rule
   std::vector<std::string> no_texts = {};            // files that cannot be masked
   std::string failed = {};  // the file at which it came to an end, and why; empty: it did not

@@ -46,15 +46,23 @@ Json row_of(const Row& row, Detail detail) {
   return json;
 }
 
-void mask_texts(Json& json, const Collection& collection) {
+}  // namespace
+
+void mask_texts(ordered_json& json, Masker& masker) {
   if (json.is_string()) {
-    json = collection.masked(json.get<std::string>());
+    json = masker.masked(json.get<std::string>());
   } else if (json.is_structured()) {
-    for (auto& part : json) mask_texts(part, collection);
+    for (auto& part : json) mask_texts(part, masker);
   }
 }
 
-}  // namespace
+nlohmann::ordered_json masks_of(const Masking& masking) {
+  Json masks = Json::array();
+  for (const auto& [rule, count] : masking.counts) {
+    masks.push_back({{"rule", rule}, {"count", count}});
+  }
+  return masks;
+}
 
 std::string manifest_of(const Collection& collection, const std::vector<Problem>& problems,
                         Detail detail) {
@@ -91,13 +99,9 @@ std::string manifest_of(const Collection& collection, const std::vector<Problem>
           {{"text", problem.text}, {"file", problem.file}, {"line", problem.line}});
     }
   }
-  Json masks = Json::array();
-  for (const auto& [rule, count] : collection.contents.masking.counts) {
-    masks.push_back({{"rule", rule}, {"count", count}});
-  }
   json["masked"] = collection.contents.masking.is_on && collection.contents.masking.failed.empty();
-  json["masks"] = masks;
-  mask_texts(json, collection);
+  json["masks"] = masks_of(collection.contents.masking);
+  if (collection.masker != nullptr) mask_texts(json, *collection.masker);
   return json.dump(detail == Detail::kReadable ? 1 : -1, ' ', false,
                    Json::error_handler_t::replace) +
          "\n";

@@ -81,7 +81,7 @@ std::string masks_text(const Masking& masking) {
     rules += (rules.empty() ? "" : ", ") + std::to_string(count) + " " + rule;
   }
   return all == 0 ? "none found to mask"
-                  : counted(all, "mask") + " (" + rules + "); see masked.txt";
+                  : counted(all, "mask") + " (" + rules + "); see " + masking.list;
 }
 
 void write_head(std::ostream& out, const Collection& collection) {

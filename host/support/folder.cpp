@@ -94,6 +94,16 @@ OutputFolder::OutputFolder(const fs::path& parent, const std::string& name) : na
                           : (made_ / kTemporary).string();
 }
 
+OutputFolder OutputFolder::existing(const fs::path& path) {
+  OutputFolder folder;
+  folder.made_ = path.has_filename() ? path : path.parent_path();
+  folder.name_ = folder.made_.filename().string();
+  folder.place_ = open_folder(AT_FDCWD, folder.made_.parent_path().string());
+  folder.folder_ = open_folder(folder.place_.get(), folder.name_, O_NOFOLLOW);
+  if (!folder.folder_.is_open()) throw Failure(path.string() + ": " + error_text(errno));
+  return folder;
+}
+
 fs::path OutputFolder::way() const {
   return has_proc() ? fs::path("/proc/self/fd/" + std::to_string(folder_.get())) : made_;
 }

@@ -20,6 +20,9 @@ class OutputFolder {
   // Throws Failure where that cannot be done.
   OutputFolder(const std::filesystem::path& parent, const std::string& name);
 
+  // One that is there already; nothing is made. Throws Failure where it cannot be opened.
+  [[nodiscard]] static OutputFolder existing(const std::filesystem::path& path);
+
   [[nodiscard]] int descriptor() const { return folder_.get(); }
 
   // As it was made.
@@ -64,6 +67,8 @@ class OutputFolder {
   void remove_all() const;
 
  private:
+  OutputFolder() = default;
+
   std::string name_;
   std::filesystem::path made_;  // for a machine without /proc
   Descriptor place_;
