@@ -76,9 +76,9 @@ TEST_F(Logs, CheckToolLinesMoreThanTheTableHolds) {
   EXPECT_EQ(Populate_Logs_Table_ConMgr("/nosuch", "1"), 0);
   clear_table();
   const char* lines[][3] = {
-      {"srvrLogFile: /a", "1", "one"},   {"brokerLogFile : @ (/b)\n", "1", "one"},
-      {"logFile: /c%s", nullptr, "one"}, {"brokerLogFile: /other", "1", "ONE"},
-      {"brokerLogFile: /d", "2", "one"}, {"logfile: /no", "1", "two"}};
+      {"srvrLogFile: /a", "1", "zone"},   {"brokerLogFile : @ (/b)\n", "1", "zone"},
+      {"logFile: /c%s", nullptr, "zone"}, {"brokerLogFile: /other", "1", "ZONE"},
+      {"brokerLogFile: /d", "2", "zone"}, {"logfile: /no", "1", "two"}};
   EXPECT_EQ(written_by([&] {
               SetVerboseMode(1);
               EXPECT_EQ(List_log_table(), 0);
@@ -89,10 +89,10 @@ TEST_F(Logs, CheckToolLinesMoreThanTheTableHolds) {
               SetVerboseMode(0);
             }),
             "VERBOSE: \n\nVERBOSE: \n\nVERBOSE: \n\n"
-            "VERBOSE: Version 1  type 1  name=one srvrlogFile= /a\n"
-            "VERBOSE: Version 1  type 2  name=one brkrlogfile= /b\n"
-            "VERBOSE: Version NULL  type 3  name=one srvrlogFile= /c%s\n"
-            "VERBOSE: Version 2  type 2  name=one brkrlogfile= /d\n"
+            "VERBOSE: Version 1  type 1  name=zone srvrlogFile= /a\n"
+            "VERBOSE: Version 1  type 2  name=zone brkrlogfile= /b\n"
+            "VERBOSE: Version NULL  type 3  name=zone srvrlogFile= /c%s\n"
+            "VERBOSE: Version 2  type 2  name=zone brkrlogfile= /d\n"
             "VERBOSE: \n\n"
             "VERBOSE: The log table is full: further log files are not noted\n");
   EXPECT_EQ(logs[255].name, nullptr);

@@ -192,6 +192,7 @@ TEST_F(Discovery, MonitoringInstallation) {
   EXPECT_EQ(GetDelvonTarg(init_file.c_str(), found.data()), 0);
   EXPECT_EQ(found.data(), longest);
   EXPECT_EQ(GetDelvonTarg("/dev/zero", found.data()), EINVAL) << "not an endless loop";
+  EXPECT_EQ(GetDelvonTarg("/dev/null", found.data()), 1);
   const std::string delvon = path("delvon");
   write_file(delvon + "/delvonversion", "Delvon Version 2.1A01 as of");
   expect_rows("pelver", "init file", [&](const Row& row) {
