@@ -103,12 +103,12 @@ TEST_F(Bundle, TakenNameStaysWhoseItIs) {
 
 TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
   const std::string said = path("said");
-  const test::Ran ended =
-      run(HOST
-          " collect --progress plain --only capture --unmasked --capture 'head -c 200000000 /dev/urandom' "
-          "--max-file 1G --output " +
-          path("out") + " 2>" + said + " & while ! grep -q summary.txt " + said +
-          "; do sleep 0.1; done; kill $! && wait $!");
+  const test::Ran ended = run(HOST
+                              " collect --progress plain --only capture --unmasked --capture 'head "
+                              "-c 200000000 /dev/urandom' "
+                              "--max-file 1G --output " +
+                              path("out") + " 2>" + said + " & while ! grep -q summary.txt " +
+                              said + "; do sleep 0.1; done; kill $! && wait $!");
   EXPECT_EQ(ended.status, 1);
   EXPECT_TRUE(test::read_file(said).find("The folder stays as it is, for no archive could be made: "
                                          "ended by a signal") != std::string::npos)

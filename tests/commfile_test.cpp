@@ -66,20 +66,6 @@ TEST_F(Report, WritersSayExactlyThis) {
                 std::string(4095, 'v') + "\n" + std::string(80, '=') + "\n\n");
 }
 
-TEST_F(Report, RefusedOpenings) {
-  const std::string folder = path(std::string(256 - path("").size() - 4, 'd'));
-  std::filesystem::create_directory(folder);
-  const std::string longest = folder + "/abc";
-  ASSERT_EQ(longest.size(), 256U);
-  EXPECT_EQ(LogOpen(longest.c_str(), SIT_CREATE), SIT_PATH_TOO_LONG);
-  EXPECT_FALSE(std::filesystem::exists(longest));
-  EXPECT_EQ(LogOpen(longest.substr(0, 255).c_str(), SIT_CREATE), 0);
-  EXPECT_EQ(LogClose(0), 0);
-
-  EXPECT_EQ(LogOpen(path("r").c_str(), 0), SIT_BAD_OPEN_MODE);
-  EXPECT_FALSE(std::filesystem::exists(path("r")));
-}
-
 TEST_F(Report, DirectoryIsKnownWhileOpen) {
   SIT_Initiate();
   std::filesystem::current_path(path(""));
@@ -103,23 +89,6 @@ TEST_F(Report, DirectoryIsKnownWhileOpen) {
   EXPECT_EQ(LogOpen("r.txt", SIT_CREATE), ENOENT);
   EXPECT_STREQ(pc->reportDir, "");
   std::filesystem::current_path("/");
-}
-
-TEST_F(Report, KeepsWhatWasWrittenBeforeTheDiskFilled) {
-  std::signal(SIGXFSZ, SIG_IGN);
-  const rlimit unlimited{RLIM_INFINITY, RLIM_INFINITY};
-  const rlimit small{4096, RLIM_INFINITY};
-  ASSERT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &small), 0);
-  EXPECT_EQ(LogMsg("first\n"), 0);
-  EXPECT_EQ(LogString(std::string(9000, 'x').c_str()), -1);
-  EXPECT_EQ(LogMsg("no room\n"), -1);
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &unlimited), 0);
-  EXPECT_EQ(LogMsg("last\n"), 0);
-  EXPECT_EQ(LogClose(0), 0) << "only what happens from closing on counts";
-  const std::string text = without_header(read_file(path("r")));
-  EXPECT_TRUE(text.starts_with("first\nxxx")) << text;
-  EXPECT_TRUE(text.ends_with("xxxlast\n\n")) << text.substr(text.size() - 40);
 }
 
 // Neither the signal of a reader that is gone nor that of a limit reaches the host.

@@ -115,40 +115,16 @@ TEST_F(Command, HostWithoutStandardDescriptors) {
 
 TEST_F(Command, VerboseLines) {
   SetVerboseMode(1);
-  const std::string running = "VERBOSE: pid P, ret 0, status 0\n";
-  const std::string text = test::without_pids(written_by([this] {
-    execute("sleep 0.2; exit 3");
-    execcmd("true", path("missing/out").c_str());
-  }));
-  const auto line = [&](const std::string& status) {
-    return "VERBOSE: pid P, ret P, status " + status +
-           "\nVERBOSE: execcmd: process completed, status is " + status + " (FAIL_STATUS is 256\n";
-  };
+  const std::string text =
+      test::without_pids(written_by([this] { execcmd("true", path("missing/out").c_str()); }));
+  // The parent's first look may come before or after what the child says.
   const std::string refused =
       "VERBOSE: execcmd: Cannot open output file " + path("missing/out") + " for fork\n";
-  const std::string start = "VERBOSE: \n**Verbose Mode **\n" + running + line("768");
-  // The parent's first look may come before, after or between what the child does.
-  const std::string end = line("65280");
-  EXPECT_TRUE(text == start + running + refused + end || text == start + refused + running + end ||
-              text == start + refused + end)
+  EXPECT_NE(text.find(refused), std::string::npos) << text;
+  EXPECT_TRUE(
+      text.ends_with("VERBOSE: pid P, ret P, status 65280\n"
+                     "VERBOSE: execcmd: process completed, status is 65280 (FAIL_STATUS is 256\n"))
       << text;
-}
-
-TEST_F(Command, HostThatReapsEveryChild) {
-  for (const auto handler : {SIG_IGN, sighandler_t([](int) {
-                               while (::waitpid(-1, nullptr, WNOHANG) > 0) continue;
-                             })}) {
-    std::signal(SIGCHLD, handler);
-    EXPECT_EQ(written_by([this] {
-                EXPECT_EQ(execute("sleep 0.1"), SIT_FAILED);
-                EXPECT_EQ(execute("exec grep SigIgn /proc/self/status"), SIT_FAILED);
-              }),
-              "WARNING: The host took the results of the commands (SIGCHLD), which therefore count "
-              "as failed.\n");
-    EXPECT_LT(seconds_, 0.9);
-    EXPECT_EQ(output(), "SigIgn:\t0000000000000000\n");
-    EXPECT_EQ(std::signal(SIGCHLD, SIG_DFL), handler);
-  }
 }
 
 // Somebody keeps sending a signal to the whole process group, which the host handles.
@@ -206,14 +182,6 @@ TEST_F(Command, StoppedHostDoesNotTakeItsCommandForHung) {
   EXPECT_EQ(status, 0);
 }
 
-// Lets the kernel refuse what the instructions, which begin with the number of a call, end at.
-template <std::size_t Count>
-void filter_calls(sock_filter (&instructions)[Count]) {
-  const sock_fprog program{Count, instructions};
-  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
-}
-
 // Nor one that lets a child borrow its parent's memory, or closes many descriptors at once.
 TEST_F(Command, KernelWithoutPidfd) {
   sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
@@ -224,7 +192,9 @@ TEST_F(Command, KernelWithoutPidfd) {
                           BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, CLONE_VFORK, 0, 1),
                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
                           BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-  filter_calls(refuse);
+  const sock_fprog program{std::size(refuse), refuse};
+  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
+  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
   interrupt_often();
   const int leaky = ::open("/dev/null", O_RDONLY);
   EXPECT_EQ(execute("sleep 1.2; test -e /proc/$$/fd/" + std::to_string(leaky) + " || exit 7"),
@@ -233,25 +203,6 @@ TEST_F(Command, KernelWithoutPidfd) {
   EXPECT_LT(seconds_, 1.4);
   EXPECT_EQ(execute("true"), 0);
   EXPECT_LT(seconds_, 0.1);
-}
-
-TEST_F(Command, MachineWithoutRoomForAProcess) {
-  sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-  // Only a child is so poor: what looks for leaks at the end of a test needs a process.
-  const pid_t child = ::fork();
-  if (child == 0) {
-    filter_calls(refuse);
-    ::_exit(written_by([] { LogCmdOutput("true", nullptr); }) ==
-                    "Error forking true, returned -1\nFailed to capture output from true\n"
-                ? 0
-                : 1);
-  }
-  int status = -1;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
 }
 
 }  // namespace

@@ -72,15 +72,6 @@ TEST_F(Security, FromTenB) {
                           " does not exist, cannot list keys\n");
 }
 
-TEST_F(Security, ThousandsOfEntries) {
-  record_.major = 9;
-  make_tool(dir() + "/bin/sslc", "echo shown >> " + path("shown"));
-  for (int i = 0; i < 3000; ++i) write_file(dir() + "/certs/" + std::to_string(i) + ".pem", "");
-  for (int i = 0; i < 20; ++i) write_file(dir() + "/certs/" + std::to_string(i) + ".0", "");
-  report();
-  EXPECT_EQ(read_file(path("shown")), test::repeat("shown\n", 20));
-}
-
 TEST_F(Security, CommandBeyondItsCapacity) {
   const std::string tool = "/" + std::string(240, 't');
   write_file(path("certs/a.0"), "");

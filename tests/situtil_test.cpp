@@ -63,19 +63,6 @@ TEST_F(Capture, TemporaryNames) {
   }
 }
 
-TEST_F(Capture, TextFilesOfEveryLineLength) {
-  std::string content;
-  for (const std::size_t length :
-       {0UL, 1UL, 253UL, 254UL, 255UL, 256UL, 508UL, 600UL, 5000UL, 8191UL, 8192UL, 8193UL}) {
-    content += std::string(length, 'x') + "\n";
-  }
-  for (const std::string& end : {std::string(), std::string(254, 'y'), std::string(9000, 'z')}) {
-    write_file(path("text"), content + end);
-    EXPECT_EQ(written_by([this] { EXPECT_EQ(ReadTextFile(path("text").c_str()), 0); }),
-              content + end);
-  }
-}
-
 TEST_F(Capture, FilesThatCannotBeRead) {
   ::mkfifo(path("fifo").c_str(), 0600);
   EXPECT_EQ(written_by([this] {
