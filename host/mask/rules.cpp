@@ -57,7 +57,7 @@ class RuleFile {
   }
 
   [[nodiscard]] Pattern compile(const std::string& text) const {
-    Pattern pattern = std::make_unique<RE2>("(?m:" + text + ")", options_of_patterns());
+    Pattern pattern = std::make_shared<RE2>("(?m:" + text + ")", options_of_patterns());
     if (!pattern->ok()) fail("\"" + text + "\": " + pattern->error());
     return pattern;
   }
@@ -144,7 +144,7 @@ Pattern any_of(const MaskRules& rules) {
   constexpr std::int64_t kMemory = 16 << 20;
   options.set_max_mem(kMemory);
   options.set_never_capture(true);
-  Pattern any = std::make_unique<RE2>(all, options);
+  Pattern any = std::make_shared<RE2>(all, options);
   if (!any->ok()) throw UsageError("mask rules: all of them together: " + any->error());
   return any;
 }

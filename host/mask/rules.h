@@ -11,7 +11,7 @@
 
 namespace host {
 
-using Pattern = std::unique_ptr<RE2>;
+using Pattern = std::shared_ptr<const RE2>;
 
 // A part of a line. All groups of its pattern that took part in a match are secrets.
 struct MaskRule {

@@ -72,19 +72,8 @@ void TextMask::end_long_line(std::string& out) {
 }
 
 void TextMask::look_through(std::string_view lines, std::string& out) {
-  const StringPiece text(lines.data(), lines.size());
   for (std::size_t at = 0; at < lines.size();) {
-    std::size_t begin = at;
-    if (inside_ == Inside::kNothing) {
-      StringPiece match;
-      if (!masker_.rules().any->Match(text, at, lines.size(), RE2::UNANCHORED, &match, 1)) {
-        begin = lines.size();
-      } else {
-        const auto place = static_cast<std::size_t>(match.data() - text.data());
-        const std::size_t before = place == 0 ? std::string::npos : lines.rfind('\n', place - 1);
-        begin = before == std::string::npos ? 0 : before + 1;
-      }
-    }
+    const std::size_t begin = next_line_to_look_at(lines, at);
     out += lines.substr(at, begin - at);
     line_ += lines_in(lines.substr(at, begin - at));
     if (begin == lines.size()) return;
@@ -93,6 +82,19 @@ void TextMask::look_through(std::string_view lines, std::string& out) {
     if (line.ends_with('\n')) ++line_;
     at = begin + line.size();
   }
+}
+
+// Where it begins; the end of the text when there is none.
+std::size_t TextMask::next_line_to_look_at(std::string_view lines, std::size_t at) const {
+  if (inside_ != Inside::kNothing) return at;
+  const StringPiece text(lines.data(), lines.size());
+  StringPiece match;
+  if (!masker_.rules().any->Match(text, at, lines.size(), RE2::UNANCHORED, &match, 1)) {
+    return lines.size();
+  }
+  const auto place = static_cast<std::size_t>(match.data() - text.data());
+  const std::size_t newline = place == 0 ? std::string_view::npos : lines.rfind('\n', place - 1);
+  return newline == std::string_view::npos ? 0 : newline + 1;
 }
 
 void TextMask::take_line(std::string_view line, std::string& out) {

@@ -37,6 +37,7 @@ class TextMask {
 
   void hold(std::string_view bytes, std::string& out);
   void look_through(std::string_view lines, std::string& out);
+  [[nodiscard]] std::size_t next_line_to_look_at(std::string_view lines, std::size_t at) const;
   void take_line(std::string_view line, std::string& out);
   bool takes_as_inside(std::string_view line, std::string& out);
   bool begins_block(std::string_view line, std::string& out);

@@ -26,7 +26,7 @@ class Installations {
 
   explicit Installations(PHMVER* first) noexcept : first_(first) {}
   [[nodiscard]] Iterator begin() const noexcept { return Iterator{first_}; }
-  [[nodiscard]] Iterator end() const noexcept { return Iterator{nullptr}; }
+  [[nodiscard]] static Iterator end() noexcept { return Iterator{nullptr}; }
   [[nodiscard]] bool empty() const noexcept { return first_ == nullptr; }
 
   // The first record that meets the condition; null when none does.
