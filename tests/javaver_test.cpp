@@ -30,6 +30,7 @@ TEST_F(Java, OfTheInstallationsOwnScript) {
   write_file(dir() + "/bin/java_env",
              "JREHOME=$PHM/jre JDKHOME=$PHM/jdk JVMEXE=java CLASSPATH='a b:c'\n");
   put_java(dir() + "/jre/bin/java");
+  set_environment("JDKHOME", "/nosuch");  // which the script changes
   expect_versions("JRE Version for 10.1B03\n\n" + dir() + "/jre/bin/java -version PHM=" + dir() +
                   "\n\nJDK Version for 10.1B03\n\nsh: 1: " + dir() +
                   "/jdk/bin/java: not found\n\nCLASSPATH Settings for 10.1B03\n\na b:c\n\n");

@@ -57,6 +57,7 @@ class Logs : public test::InstallationTest {
     for (const auto& entry : fs::recursive_directory_iterator(to)) {
       const std::string file = entry.path().lexically_relative(to);
       if (!entry.is_directory()) found[file] = test::read_file(entry.path());
+      EXPECT_TRUE(!entry.is_directory() || entry.status().permissions() == fs::perms{0755});
     }
     EXPECT_TRUE(found == copies) << name;  // too large to be printed
     fs::remove_all(to);

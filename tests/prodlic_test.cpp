@@ -38,6 +38,12 @@ TEST_F(Configuration, OfEachKindReleaseAndKey) {
     record_.pelVersion = row[2] == nullptr ? nullptr : owner.data();
     return report(row[4], row.number(3));
   });
+  std::filesystem::remove(dir() + "/addons");
+  std::filesystem::create_symlink("/dev/zero", dir() + "/addons");
+  set_version("10.1B03");
+  record_.flags = 0;
+  EXPECT_NE(report("10.1B").find("\nCound not open addons file " + dir() + "/addons, errno = 22\n"),
+            std::string::npos);
   expect_rows("prodlic", "name", [&](const Row& row) {
     make(row);
     char found[256];
@@ -62,6 +68,11 @@ TEST_F(Configuration, NamedByTheEnvironment) {
   EXPECT_STREQ(name, "as it was");
   EXPECT_EQ(report("9.0A"),
             start + test::too_long("value of PELCFG", too_long, 254) + announced + "\n");
+  const std::string longest(254, 'c');  // with this directory the command is as long as it may be
+  move_to(path(std::string(240 - path("").size(), 'd')));
+  make_tool(dir() + "/bin/showcfg", "echo \"cfg: $*\"");
+  set_environment("PELCFG", longest.c_str());
+  EXPECT_EQ(report("9.0A"), start + announced + longest + "\ncfg: " + longest + "\n");
   set_environment("PELCFG", nullptr);
 }
 
