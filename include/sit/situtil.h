@@ -35,7 +35,7 @@ SIT_API char *GetTempFile(void) SIT_NOEXCEPT;
 
 /* Copies the file at `path` into the open report as it stands: what it held at the opening, or of a
  * file without a size, as under /proc, the first 16777216 bytes; the report says when there are
- * more. A FIFO without a writer reads as empty.
+ * more, and when reading fails before the end. A FIFO without a writer reads as empty.
  * Returns 0, or the system error number of the failed open: EINVAL for a device but /dev/null. */
 SIT_API int ReadTextFile(const char *path) SIT_NOEXCEPT;
 
