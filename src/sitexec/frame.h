@@ -9,6 +9,7 @@
 #include "commutils/views.h"
 #include "session.h"
 #include "sit/codes.h"
+#include "sitexec/commands.h"
 #include "sitexec/initiation.h"
 #include "situtil/temp_file.h"
 
@@ -29,6 +30,23 @@ struct Frame {
   // one, which stays, and how closing it goes is no result.
   bool takes_notes = false;
 };
+
+// The frame of a command about installations.
+inline Frame about_installations(const Report& report) noexcept {
+  return {.path = report.path,
+          .mode = report.mode,
+          .final = report.final,
+          .needs = Needs::kInstallations};
+}
+
+// The frame of one that copies files of theirs.
+inline Frame taking_notes(const char* path) noexcept {
+  return {.path = path,
+          .mode = SIT_APPEND,
+          .final = 0,
+          .needs = Needs::kInstallations,
+          .takes_notes = true};
+}
 
 // The open mode of commands for which any value but 64 means appending.
 inline int create_or_append(int mode) noexcept {

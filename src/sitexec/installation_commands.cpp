@@ -61,46 +61,38 @@ int copy_into_folder(char* directory, const VersionKey& key) noexcept {
 }  // namespace
 
 int write_configuration(const Report& report, const char* version_key, int selector) noexcept {
-  const Frame frame{.path = report.path,
-                    .mode = report.mode,
-                    .final = report.final,
-                    .needs = Needs::kInstallations};
-  return run_framed(frame, nothing_without_installations, [version_key, selector] {
-    const VersionKey key{version_key};
-    const PHMVER* record = installations().find([&key, selector](const PHMVER& candidate) {
-      return !pelver::is_web_client(candidate) && key.means(candidate, selector, {.owner = true});
-    });
-    if (record == nullptr) {
-      key.log_no_match();
-    } else {
-      prodlic::write_configuration(*record);
-    }
-  });
+  return run_framed(
+      about_installations(report), nothing_without_installations, [version_key, selector] {
+        const VersionKey key{version_key};
+        const PHMVER* record = installations().find([&key, selector](const PHMVER& candidate) {
+          return !pelver::is_web_client(candidate) &&
+                 key.means(candidate, selector, {.owner = true});
+        });
+        if (record == nullptr) {
+          key.log_no_match();
+        } else {
+          prodlic::write_configuration(*record);
+        }
+      });
 }
 
 int write_files(const Report& report, const char* version_key, int selector) noexcept {
-  const Frame frame{.path = report.path,
-                    .mode = report.mode,
-                    .final = report.final,
-                    .needs = Needs::kInstallations};
-  return run_framed(frame, nothing_without_installations, [version_key, selector] {
-    const VersionKey key{version_key};
-    bool found = false;
-    for (const PHMVER& record : installations()) {
-      if (!key.means(record, selector, {.owner = true})) continue;
-      found = true;
-      prodlic::list_installation(record);
-    }
-    if (!found) key.log_no_match();
-  });
+  return run_framed(about_installations(report), nothing_without_installations,
+                    [version_key, selector] {
+                      const VersionKey key{version_key};
+                      bool found = false;
+                      for (const PHMVER& record : installations()) {
+                        if (!key.means(record, selector, {.owner = true})) continue;
+                        found = true;
+                        prodlic::list_installation(record);
+                      }
+                      if (!found) key.log_no_match();
+                    });
 }
 
 // Each installation gets its own opening and end mark.
 int write_stores(const Report& report, const char* version_key, int selector) noexcept {
-  const Frame frame{.path = report.path,
-                    .mode = report.mode,
-                    .final = report.final,
-                    .needs = Needs::kInstallations};
+  const Frame frame = about_installations(report);
   if (const int missing = prepare(frame); missing != SIT_OK) return missing;
   const VersionKey key{version_key};
   bool found = false;
@@ -120,16 +112,11 @@ int write_stores(const Report& report, const char* version_key, int selector) no
 }
 
 int copy_monitor_files(const char* path, char* directory, const char* version_key) noexcept {
-  const Frame frame{.path = path,
-                    .mode = SIT_APPEND,
-                    .final = 0,
-                    .needs = Needs::kInstallations,
-                    .takes_notes = true};
   const auto misses_argument = [=]() -> std::optional<int> {
     if (directory == nullptr || version_key == nullptr) return SIT_FAILED;
     return std::nullopt;
   };
-  return run_framed(frame, misses_argument, [directory, version_key] {
+  return run_framed(taking_notes(path), misses_argument, [directory, version_key] {
     return copy_into_folder(directory, VersionKey{version_key});
   });
 }

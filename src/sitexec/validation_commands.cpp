@@ -44,33 +44,24 @@ int validate(PHMVER& record, const PropertiesFiles& files, const obvalid::Copies
 
 int write_validation(const Report& report, const char* version_key, const PropertiesFiles& files,
                      const char* destination) noexcept {
-  const Frame frame{.path = report.path,
-                    .mode = report.mode,
-                    .final = report.final,
-                    .needs = Needs::kInstallations};
   PHMVER* record = nullptr;
   const auto find = [&record, version_key]() -> std::optional<int> {
     record = find_installation(version_key);
     if (record == nullptr) return SIT_NO_MATCHING_INSTALLATION;
     return std::nullopt;
   };
-  return run_framed(frame, find, [&] {
+  return run_framed(about_installations(report), find, [&] {
     return validate(*record, files, {.are_wanted = true, .destination = destination});
   });
 }
 
 int copy_logs(const char* path, const char* name, const char* version,
               const char* destination) noexcept {
-  const Frame frame{.path = path,
-                    .mode = SIT_APPEND,
-                    .final = 0,
-                    .needs = Needs::kInstallations,
-                    .takes_notes = true};
   const auto misses_argument = [=]() -> std::optional<int> {
     if (name == nullptr || version == nullptr || destination == nullptr) return SIT_FAILED;
     return std::nullopt;
   };
-  return run_framed(frame, misses_argument,
+  return run_framed(taking_notes(path), misses_argument,
                     [=] { return obvalid::copy_logs(name, version, destination); });
 }
 
