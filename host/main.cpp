@@ -22,6 +22,7 @@
 #include "collect.h"
 #include "plugin.h"
 #include "remask.h"
+#include "show.h"
 #include "support/failure.h"
 #include "support/text.h"
 
@@ -36,6 +37,7 @@ struct CommandLine {
   bool independent = false;
   std::string call_name;
   host::RemaskOptions remask;
+  host::ShowOptions show;
 };
 
 std::size_t usual_jobs() {
@@ -165,6 +167,11 @@ void describe(CLI::App& app, CommandLine& line) {
                    "of the new archive: xz (default), gz, zst, none")
       ->type_name("FORM");
 
+  CLI::App* show = app.add_subcommand("show", "print what a collection holds");
+  show->add_option("bundle", line.show.bundle, "its archive or folder")->required();
+  show->add_option("what", line.show.what,
+                   "a row's id, a file or the title of a section (default: the summary)");
+
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
   add_plugin_option(*call, line);
   call->add_flag("--verbose", line.collect.settings.verbose, "diagnostic lines in the report");
@@ -201,6 +208,7 @@ int run_chosen(const CLI::App& app, CommandLine& line) {
     return 0;
   }
   if (app.got_subcommand("mask")) return host::remask(line.remask);
+  if (app.got_subcommand("show")) return host::show(line.show);
   const std::filesystem::path path =
       line.plugin ? std::filesystem::absolute(*line.plugin) : host::find_plugin();
   if (app.got_subcommand("collect")) {

@@ -131,4 +131,41 @@ TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
   ::umount2(path("out").c_str(), MNT_DETACH);
 }
 
+TEST_F(Bundle, ShowsItsSummaryRowsAndSections) {
+  const std::string options =
+      "--only security --only capture --capture 'seq 3; printf \"\\\\033[1m\"' --installation " +
+      sample() + "/pel --label x ";
+  static_cast<void>(sample_options());
+  for (const std::string format : {"none", "xz"}) {
+    const Collected made = collect(options + "--format " + format);
+    const std::string bundle = line_of(made);
+    const auto shown = [&bundle](const std::string& what) {
+      return run(HOST " show " + bundle + " " + what).output;
+    };
+    std::string folder = bundle;
+    if (format == "xz") {
+      static_cast<void>(unpack(made));
+      folder = path("unpacked");
+    }
+    const std::string security = test::read_file(folder + "/10.1B/security.txt");
+    EXPECT_EQ(shown(""), test::read_file(folder + "/summary.txt"));
+    EXPECT_EQ(shown("10.1B/security"), security);
+    EXPECT_EQ(shown("10.1B/security.txt"), security);
+    EXPECT_EQ(shown("capture-1"), test::read_file(folder + "/capture-1/output.txt"));
+    EXPECT_EQ(shown("keys"), security.substr(security.find("Keys\n====")));
+    const std::string certificates = shown("CERTIF");
+    EXPECT_TRUE(certificates.starts_with("Certificates\n====")) << certificates;
+    EXPECT_EQ(certificates + shown("keys"), security.substr(security.find("Certificates\n===")));
+    EXPECT_EQ(shown("nosuch"), "sit: \"nosuch\" is no row, file or section of it\n");
+    EXPECT_EQ(run(HOST " show " + bundle + " e").status, 2) << "more than one";
+    fs::remove_all(path("out"));
+  }
+  test::write_file(path("a.tar.xz"), "no archive");
+  for (const std::string none : {"a.tar.xz", "tmp", "gone"}) {
+    const test::Ran ran = run(HOST " show " + path(none));
+    EXPECT_EQ(ran.status, 3);
+    EXPECT_TRUE(ran.output.starts_with("sit: " + path(none))) << ran.output;
+  }
+}
+
 }  // namespace

@@ -15,7 +15,7 @@
 // What earlier discoveries found stays valid by contract, though nothing points at it any more.
 // NOLINTNEXTLINE(bugprone-reserved-identifier,cert-dcl37-c,cert-dcl51-cpp)
 extern "C" const char* __lsan_default_suppressions() {
-  return "leak:getPelUnixVersions\nleak:getDelvonUnixVersions\nleak:GetPhmVers\n";
+  return "leak:sit::pelver::discover\nleak:sit::pelver::find_\n";
 }
 
 namespace test {
