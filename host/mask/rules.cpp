@@ -20,6 +20,8 @@ RE2::Options options_of_patterns() {
   RE2::Options options(RE2::Quiet);
   options.set_encoding(RE2::Options::EncodingLatin1);  // of any bytes
   options.set_never_nl(true);
+  constexpr std::int64_t kMemory = 1 << 20;  // all of them together must not need much
+  options.set_max_mem(kMemory);
   return options;
 }
 
