@@ -50,7 +50,8 @@ TEST_F(Mask, SecretsOfEveryFormGoNowhere) {
   write_file(path("text"), lines + keys + harmless + long_line + "token=S3cret-25");
   const Collected made =
       collect(capture() +
-                  "--label secret=S3cret-26 --capture 'touch password=S3cret-27.log; echo "
+                  "--label secret=S3cret-26 --capture 'touch password=S3cret-27.log bare.masked; "
+                  "printf token=S3cret-30 > bare; echo "
                   "--token S3cret-28'",
               "export OWN_PASSWORD='S3cret-29 b'");
   EXPECT_EQ(made.status, 0) << made.said;

@@ -51,7 +51,7 @@ class FileMask {
   FileMask(const FileMask&) = delete;
   FileMask& operator=(const FileMask&) = delete;
   ~FileMask() {
-    if (to_.is_open()) folder_.remove(new_name());
+    if (to_.is_open()) folder_.remove(new_name_);
   }
 
   [[nodiscard]] bool begins_as_binary() {
@@ -78,17 +78,25 @@ class FileMask {
   [[nodiscard]] const TextMask& mask() const { return mask_; }
 
  private:
-  [[nodiscard]] std::string new_name() const { return file_ + ".masked"; }
-
   void put() {
     if (!to_.is_open() && mask_.has_changed()) {
-      to_ = folder_.create(new_name());
-      if (!to_.is_open()) throw Failure(error_text(errno));
+      begin_new();
       copy_unchanged();
     }
     if (to_.is_open()) write_all(to_.get(), masked_);
     unchanged_ += masked_.size();
     masked_.clear();
+  }
+
+  // Under a name that nobody has taken.
+  void begin_new() {
+    constexpr int kMost = 100;
+    for (int i = 1; !to_.is_open() && i <= kMost; ++i) {
+      new_name_ = file_ + ".masked" + (i == 1 ? "" : std::to_string(i));
+      to_ = folder_.create(new_name_);
+      if (!to_.is_open() && errno != EEXIST) break;
+    }
+    if (!to_.is_open()) throw Failure(error_text(errno));
   }
 
   void copy_unchanged() {
@@ -108,7 +116,7 @@ class FileMask {
       const std::array times{status.st_atim, status.st_mtim};
       static_cast<void>(::futimens(to_.get(), times.data()));
     }
-    if (::renameat(folder_.descriptor(), new_name().c_str(), folder_.descriptor(), file_.c_str()) !=
+    if (::renameat(folder_.descriptor(), new_name_.c_str(), folder_.descriptor(), file_.c_str()) !=
         0) {
       throw Failure(error_text(errno));
     }
@@ -119,6 +127,7 @@ class FileMask {
   std::string file_;
   Descriptor from_;
   Descriptor to_;
+  std::string new_name_;
   TextMask mask_;
   std::string masked_;
   std::uint64_t unchanged_ = 0;  // bytes of the text that went by
@@ -140,23 +149,25 @@ std::string told_of(const std::string& file, const TextMask& mask) {
   return text;
 }
 
-}  // namespace
-
-void mask_names(const OutputFolder& folder, Masker& masker) {
+// What is in a folder comes before the folder itself.
+void mask_names_in(const fs::path& folder, Masker& masker) {
   std::error_code error;
+  fs::permissions(folder, fs::perms::owner_all, fs::perm_options::add, error);
   std::vector<fs::path> all;
-  for (fs::recursive_directory_iterator entry(folder.way(), error), end; entry != end;
-       entry.increment(error)) {
+  for (fs::directory_iterator entry(folder, error), end; entry != end; entry.increment(error)) {
     all.push_back(entry->path());
   }
-  // What is in a folder comes before the folder itself.
-  std::sort(all.rbegin(), all.rend());
   for (const fs::path& path : all) {
+    if (fs::is_directory(fs::symlink_status(path, error))) mask_names_in(path, masker);
     const std::string name = path.filename().string();
     const std::string masked = masker.masked(name);
     if (masked != name) fs::rename(path, path.parent_path() / masked, error);
   }
 }
+
+}  // namespace
+
+void mask_names(const OutputFolder& folder, Masker& masker) { mask_names_in(folder.way(), masker); }
 
 void mask_files(const OutputFolder& folder, Contents& contents, Masker& masker,
                 const SignalWatch& signals) {

@@ -20,6 +20,12 @@ std::uint64_t lines_in(std::string_view text) {
   return static_cast<std::uint64_t>(std::count(text.begin(), text.end(), '\n'));
 }
 
+// With its newline, if it has one.
+std::string_view first_line(std::string_view text) {
+  const std::size_t newline = text.find('\n');
+  return newline == std::string_view::npos ? text : text.substr(0, newline + 1);
+}
+
 std::string_view without_end(std::string_view line) {
   while (line.ends_with('\n') || line.ends_with('\r')) line.remove_suffix(1);
   return line;
@@ -29,9 +35,7 @@ std::string_view without_end(std::string_view line) {
 
 void TextMask::take(std::string_view bytes, std::string& out) {
   if (!held_.empty() || long_bytes_ > 0) {
-    const std::size_t newline = bytes.find('\n');
-    const std::string_view rest =
-        bytes.substr(0, newline == std::string::npos ? newline : newline + 1);
+    const std::string_view rest = first_line(bytes);
     bytes.remove_prefix(rest.size());
     hold(rest, out);
     if (!rest.ends_with('\n')) return;
@@ -77,7 +81,7 @@ void TextMask::look_through(std::string_view lines, std::string& out) {
     out += lines.substr(at, begin - at);
     line_ += lines_in(lines.substr(at, begin - at));
     if (begin == lines.size()) return;
-    const std::string_view line = lines.substr(begin, lines.find('\n', begin) - begin + 1);
+    const std::string_view line = first_line(lines.substr(begin));
     take_line(line, out);
     if (line.ends_with('\n')) ++line_;
     at = begin + line.size();
