@@ -158,7 +158,7 @@ int log_verbose_formatted(const char* format, std::va_list arguments) noexcept {
   return is_verbose() ? log_prefixed(kVerbose, format, arguments) : 0;
 }
 
-int log(std::initializer_list<std::string_view> pieces) noexcept {
+int log_pieces(std::initializer_list<std::string_view> pieces) noexcept {
   int result = 0;
   for (const std::string_view piece : pieces) {
     if (log_text(piece) != 0) result = EOF;
@@ -171,14 +171,14 @@ void log_once(unsigned& said_in, std::string_view text) noexcept {
 }
 
 void log_title(std::string_view title) noexcept {
-  log({title, "\n"});
+  log_pieces({title, "\n"});
   for (std::size_t shown = 0; shown < title.size(); shown += kRule.size()) {
     log_text(head(kRule, title.size() - shown));
   }
   log_text("\n\n");
 }
 
-int log_rule() noexcept { return log({kRule, "\n\n"}); }
+int log_rule() noexcept { return log_pieces({kRule, "\n\n"}); }
 
 int write_time(char* buffer) noexcept {
   if (buffer == nullptr) return 0;

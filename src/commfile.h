@@ -37,7 +37,7 @@ int log_formatted(const char* format, std::va_list arguments) noexcept;
 int log_verbose_formatted(const char* format, std::va_list arguments) noexcept;
 
 // Writes a message of any length, given in pieces.
-int log(std::initializer_list<std::string_view> pieces) noexcept;
+int log_pieces(std::initializer_list<std::string_view> pieces) noexcept;
 
 // With a format that a table or a caller holds, which the compiler cannot check.
 template <typename... Arguments>

@@ -74,7 +74,7 @@ void VersionKey::log_if_too_long() const noexcept {
 
 void VersionKey::log_no_match() const noexcept {
   log_if_too_long();
-  log({"Could not find any installation that matches ", release_, " ", owner_, " \n"});
+  log_pieces({"Could not find any installation that matches ", release_, " ", owner_, " \n"});
 }
 
 bool append_key(const PHMVER& record, Path& key) noexcept {

@@ -41,8 +41,8 @@ int copy_into_folder(char* directory, const VersionKey& key) noexcept {
   });
   if (record == nullptr) {
     key.log_if_too_long();
-    log({"Could not find Delvon version ", key.release(), "  -> Pelloran version ", key.owner(),
-         "\n"});
+    log_pieces({"Could not find Delvon version ", key.release(), "  -> Pelloran version ",
+                key.owner(), "\n"});
     return SIT_OK;
   }
   Path folder;
