@@ -14,6 +14,24 @@ namespace {
 
 constexpr std::size_t kBlock = 65536;
 
+// Whether the entry is this file, which stands below the collection's folder.
+bool is_file(archive_entry* entry, const std::string& file) {
+  const char* name = ::archive_entry_pathname(entry);
+  const std::string_view path = name == nullptr ? "" : name;
+  const std::size_t slash = path.find('/');
+  return slash != std::string_view::npos && path.substr(slash + 1) == file;
+}
+
+// Hands out the entry that the stream has come to.
+void hand_out(archive* stream, const Bundle::Take& take) {
+  std::array<char, kBlock> bytes;
+  for (;;) {
+    const la_ssize_t got = ::archive_read_data(stream, bytes.data(), bytes.size());
+    if (got < 0) check(ARCHIVE_FATAL, stream);
+    if (got <= 0 || !take({bytes.data(), static_cast<std::size_t>(got)})) return;
+  }
+}
+
 }  // namespace
 
 Bundle::Bundle(std::filesystem::path path) : path_(std::move(path)) {
@@ -45,21 +63,13 @@ bool Bundle::read_from_archive(const std::string& file, const Take& take) const 
     const Stream stream = reading_stream();
     check(::archive_read_open_fd(stream.get(), opened.get(), kBlock), stream.get());
     archive_entry* entry = nullptr;
-    for (;;) {
+    do {
       const int result = ::archive_read_next_header(stream.get(), &entry);
       if (result == ARCHIVE_EOF) return false;
       check(result, stream.get());
-      const char* name = ::archive_entry_pathname(entry);
-      const std::string_view path = name == nullptr ? "" : name;
-      const std::size_t slash = path.find('/');
-      if (slash == std::string_view::npos || path.substr(slash + 1) != file) continue;
-      std::array<char, kBlock> bytes;
-      for (;;) {
-        const la_ssize_t got = ::archive_read_data(stream.get(), bytes.data(), bytes.size());
-        if (got < 0) check(ARCHIVE_FATAL, stream.get());
-        if (got <= 0 || !take({bytes.data(), static_cast<std::size_t>(got)})) return true;
-      }
-    }
+    } while (!is_file(entry, file));
+    hand_out(stream.get(), take);
+    return true;
   } catch (const Failure& failure) {
     throw Failure(path_.string() + " cannot be read: " + failure.what());
   }

@@ -3,7 +3,6 @@
 
 #include <array>
 #include <cstdlib>
-#include <utility>
 
 #include "commutils/heap_text.h"
 #include "commutils/views.h"
@@ -108,7 +107,8 @@ void discover_through_launcher(PHMVER*& list, FILE* output) noexcept {
 
 HeapText discover() noexcept {
   HeapText messages = discover_through_file();
-  return messages == nullptr ? duplicate("") : std::move(messages);
+  if (messages == nullptr) messages = duplicate("");
+  return messages;
 }
 
 void find_pelloran(PHMVER*& list, FILE* output) noexcept {

@@ -80,12 +80,13 @@ void record_error(const char* text) noexcept {
 }
 
 int take_errors(char* buffer) noexcept {
-  const std::string_view recorded = text_of(pc == nullptr ? nullptr : pc->errorText);
-  if (text_of(buffer).size() < recorded.size() || buffer == nullptr) {
-    return static_cast<int>(recorded.size());
+  char* const recorded = pc == nullptr ? nullptr : pc->errorText;
+  const std::string_view text = text_of(recorded);
+  if (buffer == nullptr || text_of(buffer).size() < text.size()) {
+    return static_cast<int>(text.size());
   }
-  put_text(buffer, recorded);
-  if (!recorded.empty()) pc->errorText[0] = '\0';
+  put_text(buffer, text);
+  if (recorded != nullptr) recorded[0] = '\0';
   return 0;
 }
 
