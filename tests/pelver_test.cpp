@@ -209,6 +209,9 @@ TEST_F(Discovery, MonitoringInstallation) {
   EXPECT_EQ(taken(GetPelVersList(SEL_ANY)), "10.1B,2.1A:10.1B03");
   EXPECT_EQ(taken(GetPelVersList(SEL_MONITOR)), "2.1A:10.1B03");
   EXPECT_EQ(taken(GetPelVersList(SEL_WEBCLIENT)), "");
+  put_library(VERSION_LIBRARY_WHOLE);
+  static_cast<void>(discover());
+  EXPECT_STREQ(pphm->next->pelVersion, "10.1B03") << "not the full version";
 }
 
 TEST_F(Discovery, VersionList) {

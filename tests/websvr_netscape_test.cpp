@@ -110,6 +110,9 @@ TEST_F(Netscape, SearchesThatFailAndBrokenInstances) {
   EXPECT_EQ(
       written_by([&] { EXPECT_EQ(LogNetscapeConfig((deep + "/https-abc").c_str()), 2); }),
       title("Configuration Files") + too_long("path", deep + "/https-abc/config/magnus.conf"));
+  char none[SIT_PATH_BYTES];
+  EXPECT_EQ(written_by([&] { EXPECT_EQ(GetNetscapeObjConf("/nosuch", "", none), ENOENT); }),
+            "Error opening /nosuch for reading, errno = 2\n");
   EXPECT_EQ(GetNetscapeInfo(path("report").c_str(), nullptr, nullptr), 10025);
   EXPECT_EQ(GetNetscapeInfo("/nosuch/report", "", ""), 10025);
   SetVerboseMode(1);
