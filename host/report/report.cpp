@@ -340,13 +340,15 @@ void Report::judge(SectionOutcome outcome, const std::string& why, std::size_t l
 }
 
 bool Follower::read_on(const OutputFolder& folder, const std::string& file, Report& report,
-                       std::size_t most) {
+                       std::size_t most, std::uint64_t end) {
   if (!file_.is_open()) file_ = folder.open(file);
   if (!file_.is_open()) return true;
   std::array<char, 65536> block;
   for (std::size_t taken = 0; taken < most;) {
-    if (report.size() >= kLargestFile) return true;
-    const ssize_t got = ::read(file_.get(), block.data(), block.size());
+    const std::uint64_t last = std::min<std::uint64_t>(kLargestFile, end);
+    if (report.size() >= last) return true;
+    const ssize_t got = ::read(file_.get(), block.data(),
+                               std::min<std::uint64_t>(block.size(), last - report.size()));
     if (got <= 0) return true;
     report.feed({block.data(), static_cast<std::size_t>(got)});
     taken += static_cast<std::size_t>(got);

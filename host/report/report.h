@@ -144,9 +144,9 @@ class Report {
 // Reads what has been written to a file so far.
 class Follower {
  public:
-  // At most about `most` bytes; true when there was nothing more.
+  // At most about `most` bytes, and none behind `end`; true when there was nothing more.
   bool read_on(const OutputFolder& folder, const std::string& file, Report& report,
-               std::size_t most);
+               std::size_t most, std::uint64_t end);
 
  private:
   Descriptor file_;

@@ -89,7 +89,7 @@ class Supervisor {
   static void note_lack(Run& run, const Row& row, const std::string& lack);
   [[nodiscard]] Row* find_row(const std::string& id);
   [[nodiscard]] static Report& report_of(Row& row);
-  bool read_report(Row& row);
+  bool read_report(Row& row, std::uint64_t end);
   bool read_finished_reports();
 
   const RunSettings& settings_;

@@ -73,8 +73,11 @@ Row* Supervisor::find_row(const std::string& id) {
 void Supervisor::look_at(Worker& worker) {
   Row* row = worker.run.row();
   if (row == nullptr || worker.stopped) return;
-  static_cast<void>(read_report(*row));
+  // What the worker tells of from here on lies behind this place, which is read no further.
   const std::uint64_t size = folder_.size_of(row->step.file);
+  take_answers(worker);
+  if (worker.run.row() != row) return;
+  static_cast<void>(read_report(*row, size));
   const Clock::time_point now = Clock::now();
   if (size != worker.size) worker.last_activity = worker.last_growth = now;
   if (watch_.of_worker(worker.process.pid())) worker.last_activity = now;

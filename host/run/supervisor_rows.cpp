@@ -219,9 +219,9 @@ Report& Supervisor::report_of(Row& row) {
 }
 
 // Reads on in the report of a row; true when there is nothing more in it for now.
-bool Supervisor::read_report(Row& row) {
+bool Supervisor::read_report(Row& row, std::uint64_t end) {
   if (row.step.kind->report == nullptr) return true;
-  return row.follower.read_on(folder_, row.step.file, report_of(row), kReadAtOnce);
+  return row.follower.read_on(folder_, row.step.file, report_of(row), kReadAtOnce, end);
 }
 
 bool Supervisor::read_finished_reports() {
@@ -230,7 +230,7 @@ bool Supervisor::read_finished_reports() {
   bool is_all_read = true;
   for (auto at = reading_.begin(); at != reading_.end();) {
     Row& row = **at;
-    if (!read_report(row) && !is_hurried) {
+    if (!read_report(row, UINT64_MAX) && !is_hurried) {
       is_all_read = false;
       ++at;
       continue;
