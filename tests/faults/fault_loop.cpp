@@ -54,13 +54,14 @@ bool is_stated(int code) {
          (code >= SIT_NO_REPORT_PATH && code <= SIT_DATABASE_LEFT_OUT);
 }
 
-// What a run leaves behind. Of its report, times, counts and temporary names do not matter.
+// What a run leaves behind. Of its report, times, counts, how wide they are, and temporary names do
+// not matter.
 struct Trace {
   std::set<std::string> lines;
   std::map<std::string, std::uintmax_t> copies;
 };
 Trace trace_of_last_run() {
-  static const std::regex varying("sit\\w{6}|[0-9]+");
+  static const std::regex varying("sit\\w{6}|[0-9 ]+");
   Trace trace;
   std::ifstream report(kReport, std::ios::binary);
   for (std::string line; std::getline(report, line);) {
