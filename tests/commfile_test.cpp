@@ -66,6 +66,20 @@ TEST_F(Report, WritersSayExactlyThis) {
                 std::string(4095, 'v') + "\n" + std::string(80, '=') + "\n\n");
 }
 
+TEST_F(Report, RefusedOpenings) {
+  const std::string folder = path(std::string(256 - path("").size() - 4, 'd'));
+  std::filesystem::create_directory(folder);
+  const std::string longest = folder + "/abc";
+  ASSERT_EQ(longest.size(), 256U);
+  EXPECT_EQ(LogOpen(longest.c_str(), SIT_CREATE), SIT_PATH_TOO_LONG);
+  EXPECT_FALSE(std::filesystem::exists(longest));
+  EXPECT_EQ(LogOpen(longest.substr(0, 255).c_str(), SIT_CREATE), 0);
+  EXPECT_EQ(LogClose(0), 0);
+
+  EXPECT_EQ(LogOpen(path("r").c_str(), 0), SIT_BAD_OPEN_MODE);
+  EXPECT_FALSE(std::filesystem::exists(path("r")));
+}
+
 TEST_F(Report, DirectoryIsKnownWhileOpen) {
   SIT_Initiate();
   std::filesystem::current_path(path(""));

@@ -211,6 +211,18 @@ TEST_F(Versions, ProductIndependent) {
   EXPECT_EQ(pc->versionsText, nullptr);
 }
 
+TEST_F(Versions, OneInstallation) {
+  write_file(path("version"), "Pelloran Version 8.3B02 as of");
+  set_environment("PHM", path("").c_str());
+  EXPECT_EQ(GetVersInfo(path("r").c_str(), 64, 1, 0), 0);
+  EXPECT_EQ(without_header(read_file(path("r"))),
+            os_section() +
+                pelloran_section("Using PHM: " + path("") +
+                                 "\nPelloran Version: 8.3B02\nExtracted from " + path("") +
+                                 "/version\n\n") +
+                kJava + "\n==End of Log==\n");
+}
+
 TEST_F(Versions, JoinAnOpenReportAndLeaveItOpen) {
   SIT_Initiate();
   set_environment("PHM", "/nosuch");
