@@ -2,8 +2,7 @@
 
 #include <yaml-cpp/yaml.h>
 
-#include <algorithm>
-
+#include "support/data_file.h"
 #include "support/failure.h"
 
 namespace host {
@@ -11,8 +10,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr const char* kOwnFile = "mask.yaml";
-constexpr const char* kLocalFolder = "/etc/sit/mask.d";
 constexpr std::string_view kOpening = "<<";
 constexpr std::string_view kClosing = ">>";
 
@@ -123,15 +120,6 @@ class RuleFile {
   MaskRules& rules_;
 };
 
-fs::path own_file() {
-  const fs::path here = fs::read_symlink("/proc/self/exe").parent_path();
-  for (const fs::path& candidate : {here / kOwnFile, here / SIT_DATA_DIRECTORY / kOwnFile}) {
-    if (fs::exists(candidate)) return candidate;
-  }
-  throw Failure(std::string("cannot find ") + kOwnFile + " beside " + here.string() +
-                "/sit or in " + SIT_DATA_DIRECTORY);
-}
-
 Pattern any_of(const MaskRules& rules) {
   std::string all;
   const auto add = [&all](const Pattern& pattern) {
@@ -154,16 +142,8 @@ Pattern any_of(const MaskRules& rules) {
 }  // namespace
 
 MaskRules MaskRules::load(const std::vector<std::string>& more) {
-  std::vector<fs::path> files{own_file()};
-  std::error_code missing;
-  for (fs::directory_iterator entry(kLocalFolder, missing), end; entry != end;
-       entry.increment(missing)) {
-    if (entry->path().extension() == ".yaml") files.push_back(entry->path());
-  }
-  std::sort(files.begin() + 1, files.end());
-  files.insert(files.end(), more.begin(), more.end());
   MaskRules rules;
-  for (const fs::path& file : files) RuleFile(file, rules).read();
+  for (const fs::path& file : data_files("mask.yaml", "mask.d", more)) RuleFile(file, rules).read();
   rules.any = any_of(rules);
   return rules;
 }

@@ -1,0 +1,18 @@
+// The files that come with the program, and what people add to them.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+namespace host {
+
+// Where a file of this name stands: beside the program, or where it is installed. Throws Failure.
+[[nodiscard]] std::filesystem::path data_file(const std::string& name);
+
+// That file, those named *.yaml in /etc/sit/`folder`, in order, then `more`.
+[[nodiscard]] std::vector<std::filesystem::path> data_files(const std::string& name,
+                                                            const std::string& folder,
+                                                            const std::vector<std::string>& more);
+
+}  // namespace host
