@@ -92,7 +92,7 @@ TEST_F(Mask, UnmaskedOrByRulesOfTheirOwn) {
 
   write_file(path("rules.yaml"),
              "rules:\n  - name: ticket\n    pattern: 'T-(\\d+)'\n    masks: ['T-<<1>> x']\n"
-             "binary:\n  keep: ['kept$']\n");
+             "binary:\n  - {name: ours, keep: ['kept$']}\n");
   const Collected own = collect(capture() + "--format gz --mask-rules " + path("rules.yaml") +
                                 " --capture 'head -c 9000 /dev/zero | tee kept > gone'");
   const std::string archive = own.printed.substr(0, own.printed.find('\n'));
@@ -115,7 +115,10 @@ TEST_F(Mask, RulesThatCannotBeUsed) {
       {start + "    pattern: '(a)'", "\"r\": lacks \"masks\", its examples"},
       {start + "    pattern: '(a)'\n    masks: [b]\n    keeps: [a]",
        "\"r\": of its example a it makes <<a>>"},
-      {"rules: [x]", "a rule lacks \"name\""},
+      {"rules: [x]", "a rule of \"rules\" lacks \"name\""},
+      {start + "    paterns: 'a'", "\"r\": \"paterns\" is not known"},
+      {"binary: {keep: [x]}", "\"binary\" is no list"},
+      {"rule: [x]", "\"rule\" is not known"},
       {"x", "holds no rules"},
       {"blocks:\n  - name: b\n    begin: x", "\"b\": lacks \"inside\""}};
   for (const auto& [rules, said] : cases) {

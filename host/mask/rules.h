@@ -1,17 +1,14 @@
 // What is a secret, as rules that support teams can write.
 #pragma once
 
-#include <re2/re2.h>
-
-#include <filesystem>
-#include <memory>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
-namespace host {
+#include "support/rule_file.h"
 
-using Pattern = std::shared_ptr<const RE2>;
+namespace host {
 
 // A part of a line. All groups of its pattern that took part in a match are secrets.
 struct MaskRule {
