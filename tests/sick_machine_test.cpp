@@ -50,10 +50,12 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
       {"abort", "crashed", "signal 6 (Aborted) in "},
       {"overflow", "crashed", "signal 11 (Segmentation fault) in "},
       {"exit", "crashed", "the process ended with status 3 in "},
-      {"hang", "timed out", "nothing happened for 1 s in "}};
+      {"hang", "timed out", "nothing happened for 2 s in "}};
   for (const auto& [sickness, outcome, why] : cases) {
     const std::string sick = std::string("export SICKNESS=") + sickness;
-    const Collected at_discovery = collect(installation() + "--command-limit 1", sick);
+    const bool hangs = std::string(sickness) == "hang";
+    const std::string limit = std::string("--command-limit ") + (hangs ? "2 " : "30 ");
+    const Collected at_discovery = collect(installation() + limit, sick);
     EXPECT_EQ(at_discovery.status, 1);
     EXPECT_EQ(at_discovery.outcome("discovery"), outcome) << sickness;
     EXPECT_EQ(at_discovery.why("discovery"), why + library + last_words);
@@ -61,12 +63,11 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
       EXPECT_EQ(at_discovery.outcome(row), "ok") << sickness;
     }
     fs::remove_all(path("out"));
-    const Collected in_a_row = collect(
-        "--only library --command-limit 1 "
-        "--capture-library " SICK_LIBRARY
-        ",fall_sick "
-        "--capture-library " CAPTURED_LIBRARY ",leave_a_file",
-        sick);
+    const Collected in_a_row = collect("--only library " + limit +
+                                           "--capture-library " SICK_LIBRARY
+                                           ",fall_sick "
+                                           "--capture-library " CAPTURED_LIBRARY ",leave_a_file",
+                                       sick);
     EXPECT_EQ(in_a_row.outcome("library-1"), outcome) << sickness;
     EXPECT_EQ(in_a_row.why("library-1"), why + SICK_LIBRARY + last_words);
     EXPECT_NE(read_file(in_a_row.folder / "library-1/index.txt").find("DLL Entry Point: fall_sick"),

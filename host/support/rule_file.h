@@ -23,7 +23,7 @@ using Pattern = std::shared_ptr<const RE2>;
 // One entry. All that is asked of it throws UsageError where it is missing or of another kind.
 class Rule {
  public:
-  Rule(std::string place, YAML::Node node) : place_(std::move(place)), node_(std::move(node)) {}
+  Rule(std::string place, const YAML::Node& node) : place_(std::move(place)), node_(node) {}
 
   [[nodiscard]] bool has(const char* field) const { return static_cast<bool>(node_[field]); }
   [[nodiscard]] std::string text(const char* field) const;
