@@ -50,6 +50,7 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
       {"abort", "crashed", "signal 6 (Aborted) in "},
       {"overflow", "crashed", "signal 11 (Segmentation fault) in "},
       {"exit", "crashed", "the process ended with status 3 in "},
+      {"close", "timed out", "its worker has been cut off in "},
       {"hang", "timed out", "nothing happened for 2 s in "}};
   for (const auto& [sickness, outcome, why] : cases) {
     const std::string sick = std::string("export SICKNESS=") + sickness;

@@ -86,12 +86,16 @@ void Supervisor::look_at(Worker& worker) {
   constexpr double kLongestList = 12;
   const bool is_still = seconds_since(worker.last_activity) > limits_.command;
   const bool is_busy = seconds_since(worker.last_growth) > kLongestList * limits_.command;
-  const bool is_silent = worker.process.answers() < 0;  // a product has closed the pipe
+  // A process that ends closes the pipe a moment before; without an end, a product has closed it.
+  constexpr double kEnding = 1;
+  if (worker.process.answers() >= 0) worker.last_open = now;
+  const bool is_silent = seconds_since(worker.last_open) > kEnding;
   if (!is_still && !is_busy && !is_silent) return;
   take_answers(worker);
   if (worker.run.row() != row) return;  // it was just about to be done
-  worker.past_limit = is_still
-                          ? "nothing happened for " + limit_text(limits_.command)
+  worker.past_limit = is_still ? "nothing happened for " + limit_text(limits_.command)
+                      : is_silent
+                          ? "its worker has been cut off"
                           : "nothing was written for " + limit_text(kLongestList * limits_.command);
   const std::string library = product_library_of(worker.process.pid());
   if (!library.empty()) worker.past_limit += " in " + library;

@@ -29,10 +29,11 @@ struct Supervisor::Worker {
   Clock::time_point row_start = Clock::now();
   Clock::time_point last_activity = Clock::now();
   Clock::time_point last_growth = Clock::now();
-  std::uint64_t size = 0;       // of the report
-  std::string crashed_in = {};  // a product's library
-  std::string failure = {};     // why it can do nothing at all
-  std::string past_limit = {};  // why it was ended
+  Clock::time_point last_open = Clock::now();  // of the pipe that its answers come by
+  std::uint64_t size = 0;                      // of the report
+  std::string crashed_in = {};                 // a product's library
+  std::string failure = {};                    // why it can do nothing at all
+  std::string past_limit = {};                 // why it was ended
   std::optional<Clock::time_point> stopped = {};
 };
 
