@@ -11,7 +11,7 @@ namespace {
 // The first field of the map that is none of these; empty: there is none.
 std::string stranger_in(const YAML::Node& map, std::initializer_list<const char*> known) {
   for (const auto& field : map) {
-    const auto name = field.first.as<std::string>();
+    auto name = field.first.as<std::string>();
     const bool is_known = std::any_of(known.begin(), known.end(),
                                       [&name](const char* other) { return name == other; });
     if (!is_known) return name;
