@@ -33,7 +33,7 @@ class Bench {
                           << path("environment.txt") << "\njava -version > " << path("versions.txt")
                           << " 2>&1\n";
     bench::compare(
-        "sit collect, this machine", [&] { collect(""); }, "the same as a shell script",
+        "sit collect, this machine", [&] { collect("--no-extras"); }, "the same as a shell script",
         [&] { run("sh " + script); }, 1.15, 21);
   }
 
@@ -59,7 +59,7 @@ class Bench {
     fs::create_directories(path("plain"));
     bench::compare(
         "an archive of this machine",
-        [&] { run(sit_ + " collect --output " + path("out") + " > /dev/null 2>&1"); },
+        [&] { run(sit_ + " collect --no-extras --output " + path("out") + " > /dev/null 2>&1"); },
         "the same as a shell script into tar and xz -1", [&] { run("sh " + script); }, 1.3, 21);
   }
 
@@ -84,8 +84,8 @@ class Bench {
   void hung_tool() const {
     make_tool(path("bin/ipcs"), "trap '' TERM; while :; do sleep 1; done");
     const double seconds = bench::seconds_of([&] {
-      run("PATH=" + path("bin") + ":$PATH " + sit_ + " collect --command-limit 3 --output " +
-          path("out") + " > /dev/null 2>&1");
+      run("PATH=" + path("bin") + ":$PATH " + sit_ +
+          " collect --no-extras --command-limit 3 --output " + path("out") + " > /dev/null 2>&1");
     });
     std::printf("ipcs hangs and ignores SIGTERM, command limit 3 s: %.2f s (limit 8)\n", seconds);
   }
@@ -97,8 +97,8 @@ class Bench {
       const int nothing = ::open("/dev/null", O_WRONLY);
       ::dup2(nothing, STDOUT_FILENO);
       ::dup2(nothing, STDERR_FILENO);
-      ::execl(sit_.c_str(), "sit", "collect", "--output", path("out").c_str(), "--format", format,
-              "--only", "capture", "--capture",
+      ::execl(sit_.c_str(), "sit", "collect", "--no-extras", "--output", path("out").c_str(),
+              "--format", format, "--only", "capture", "--capture",
               "yes 'a line of a log, as long as such lines are' | head -c 200000000", "--capture",
               "head -c 500000000 /dev/zero | tr '\\0' x", nullptr);
       ::_exit(1);

@@ -98,6 +98,7 @@ class Collecting {
         masker_(options.is_unmasked
                     ? nullptr
                     : std::make_unique<Masker>(MaskRules::load(options.mask_rules))),
+        extras_(load_captures(options.has_extras, options.capture_files)),
         progress_(options.progress),
         folder_(options.lists_steps ? temporary_folder() : options.output,
                 folder_name(masker_ == nullptr ? options.label : masker_->masked(options.label),
@@ -141,7 +142,9 @@ class Collecting {
     if (!options_.lists_steps) supervisor_.add(subjects_[0]);
     if (!sought_.empty()) supervisor_.run(sought_);
     take_installations();
-    for (Subject& subject : other_subjects(versions_, installations_, options_.wishes)) {
+    Wishes wishes = options_.wishes;
+    wishes.extras = extras_;
+    for (Subject& subject : other_subjects(versions_, installations_, wishes)) {
       subjects_.push_back(std::move(subject));
     }
     if (is_discovered_) {
@@ -225,7 +228,11 @@ class Collecting {
     contents.goes_into_archive = format_ != nullptr;
     if (format_ == nullptr) contents.absent.clear();  // it is where it was
     if (masker_ != nullptr) mask_files(folder_, contents, *masker_, signals_);
-    cut_to(options_.caps, folder_, contents);
+    Caps caps = options_.caps;
+    for (const Row& row : supervisor_.rows()) {
+      if (row.step.cap > 0) caps.own[row.step.file] = row.step.cap;
+    }
+    cut_to(caps, folder_, contents);
     const Collection collection{
         .tool_version = SIT_VERSION,
         .plugin_version = supervisor_.plugin_version(),
@@ -305,6 +312,7 @@ class Collecting {
   const CollectOptions& options_;
   const ArchiveFormat* format_;     // null: the folder is what is made
   std::unique_ptr<Masker> masker_;  // null: secrets stay
+  std::vector<ExtraCapture> extras_;
   std::time_t started_ = std::time(nullptr);
   Clock::time_point start_ = Clock::now();
   Progress progress_;

@@ -22,6 +22,8 @@ struct CollectOptions {
   std::string format = "xz";  // of the archive
   bool is_unmasked = false;
   std::vector<std::string> mask_rules;  // more files of them
+  bool has_extras = true;
+  std::vector<std::string> capture_files;  // the same
   Caps caps = {};
   RunSettings settings = {};
   Limits limits = {};

@@ -49,6 +49,9 @@ void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
                "COMMAND");
   add_repeated(collect, "--capture-library", line.libraries,
                "call an entry point, keep the files it writes", "PATH,ENTRY");
+  add_repeated(collect, "--capture-file", options.capture_files,
+               "a file that tells of more commands to run", "FILE");
+  collect.add_flag("!--no-extras", options.has_extras, "none of the usual commands besides");
   add_repeated(collect, "--brokers", options.wishes.brokers,
                "copy only the logs of this broker, \"db:\" database, or \"admsrv\"", "NAME");
   add_repeated(collect, "--mask-rules", options.mask_rules,

@@ -37,9 +37,9 @@ TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
     EXPECT_EQ(run("cd " + path("out") + " && sha256sum -c *.sha256").output, name + ": OK\n");
     EXPECT_EQ(run("stat -c %a " + path("out") + "/*").output, "600\n600\n");
     EXPECT_EQ(unpack(made),
-              "summary.txt\nmanifest.json\nmasked.txt\ncapture-1/d/left\ncapture-1/index.txt\n"
-              "capture-1/output.txt\n");
-    EXPECT_EQ(test::without_header(test::read_file(path("unpacked/capture-1/output.txt"))),
+              "summary.txt\nmanifest.json\nmasked.txt\ncapture-seq/d/left\ncapture-seq/index.txt\n"
+              "capture-seq/output.txt\n");
+    EXPECT_EQ(test::without_header(test::read_file(path("unpacked/capture-seq/output.txt"))),
               run("seq 50000").output + "\n==End of Log==\n");
     fs::remove_all(path("out"));
     fs::remove_all(path("unpacked"));
@@ -55,17 +55,17 @@ TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
       " --only capture --capture 'seq 30000; mkfifo f; ln -s /etc/passwd l; ln " + path("foreign") +
       " hard'";
   const std::tuple<std::string, std::string, std::uintmax_t> caps[] = {
-      {"--max-file 20000", "capture-1/hard:", 40000 + 300},
-      {"--max-total 64KiB", "capture-1/output.txt:", 64 << 10}};
+      {"--max-file 20000", "capture-seq/hard:", 40000 + 300},
+      {"--max-total 64KiB", "capture-seq/output.txt:", 64 << 10}};
   for (const auto& [cap, cut, most] : caps) {
     const Collected made = collect("--format gz " + cap + capture);
     EXPECT_EQ(made.status, 1);
     EXPECT_EQ(unpack(made),
-              "summary.txt\nmanifest.json\nmasked.txt\ncapture-1/hard\ncapture-1/index.txt\n"
-              "capture-1/output.txt\n");
+              "summary.txt\nmanifest.json\nmasked.txt\ncapture-seq/hard\ncapture-seq/index.txt\n"
+              "capture-seq/output.txt\n");
     const fs::path folder = path("unpacked");
     EXPECT_LE(
-        fs::file_size(folder / "capture-1/output.txt") + fs::file_size(folder / "capture-1/hard"),
+        fs::file_size(folder / "capture-seq/output.txt") + fs::file_size(folder / "capture-seq/hard"),
         most);
     const auto manifest = nlohmann::json::parse(test::read_file(folder / "manifest.json"));
     EXPECT_EQ(manifest.at("complete"), false);
@@ -77,12 +77,12 @@ TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
       EXPECT_NE(text.find(line), std::string::npos) << line;
     }
     const std::string summary = test::read_file(folder / "summary.txt");
-    for (const std::string& told : {cut, std::string("capture-1/f is not in the archive"),
-                                    std::string("capture-1/l is not in the archive"),
+    for (const std::string& told : {cut, std::string("capture-seq/f is not in the archive"),
+                                    std::string("capture-seq/l is not in the archive"),
                                     std::string("0 of 4 rows not ok; 2 files cut")}) {
       EXPECT_NE(summary.find(told), std::string::npos) << summary;
     }
-    const std::string output = test::read_file(folder / "capture-1/output.txt");
+    const std::string output = test::read_file(folder / "capture-seq/output.txt");
     EXPECT_NE(output.find("\n1\n2\n3\n"), std::string::npos);
     EXPECT_TRUE(output.ends_with("\n30000\n\n==End of Log==\n"));
     fs::remove_all(path("out"));
@@ -151,7 +151,7 @@ TEST_F(Bundle, ShowsItsSummaryRowsAndSections) {
     EXPECT_EQ(shown(""), test::read_file(folder + "/summary.txt"));
     EXPECT_EQ(shown("10.1B/security"), security);
     EXPECT_EQ(shown("10.1B/security.txt"), security);
-    EXPECT_EQ(shown("capture-1"), test::read_file(folder + "/capture-1/output.txt"));
+    EXPECT_EQ(shown("capture-seq"), test::read_file(folder + "/capture-seq/output.txt"));
     EXPECT_EQ(shown("keys"), security.substr(security.find("Keys\n====")));
     const std::string certificates = shown("CERTIF");
     EXPECT_TRUE(certificates.starts_with("Certificates\n====")) << certificates;

@@ -108,7 +108,7 @@ TEST_F(Collect, SampleAndWhatIsAmissInIt) {
   EXPECT_EQ(told(made), read_file(EXPECTED "/collection"));
   EXPECT_FALSE(std::regex_search(made.summary, std::regex("[^\n]{81}"))) << made.summary;
   expect_sample_in(made.folder);
-  EXPECT_EQ(test::without_header(read_file(made.folder / "capture-1/output.txt")),
+  EXPECT_EQ(test::without_header(read_file(made.folder / "capture-echo/output.txt")),
             "captured\n\n==End of Log==\n");
   EXPECT_TRUE(fs::exists(made.folder / "library-1/left"));
   EXPECT_EQ(read_file(made.folder / "2.1A-of-10.1B03/Delvon21APel101B/delvon.xml"),

@@ -17,7 +17,7 @@ class Mask : public test::CollectTest {
  protected:
   // What the capture of the file at path("text") gave.
   [[nodiscard]] static std::string captured(const Collected& made) {
-    const std::string text = test::without_header(read_file(made.folder / "capture-1/output.txt"));
+    const std::string text = test::without_header(read_file(made.folder / "capture-cat/output.txt"));
     return text.substr(0, text.rfind("\n==End of Log==\n"));
   }
   [[nodiscard]] std::string capture() const {
@@ -76,7 +76,7 @@ TEST_F(Mask, SecretsOfEveryFormGoNowhere) {
       std::regex_search(text, std::regex("\\{\"user\": \"ann\", \"clientSecret\": "
                                          "\"\\[masked [0-9a-f]{8}\\]\", \"port\": 1\\}\n")));
   const std::string listed = read_file(made.folder / "masked.txt");
-  EXPECT_NE(listed.find("\ncapture-1/output.txt:10 password\n"), std::string::npos) << listed;
+  EXPECT_NE(listed.find("\ncapture-cat/output.txt:10 password\n"), std::string::npos) << listed;
   EXPECT_TRUE(made.manifest.at("masked"));
   EXPECT_NE(made.summary.find("private key"), std::string::npos) << made.summary;
 }
@@ -97,13 +97,13 @@ TEST_F(Mask, UnmaskedOrByRulesOfTheirOwn) {
                                 " --capture 'head -c 9000 /dev/zero | tee kept > gone'");
   const std::string archive = own.printed.substr(0, own.printed.find('\n'));
   EXPECT_EQ(run("tar xOf " + archive +
-                " --wildcards '*/capture-1/output.txt' | grep -c 'ticket "
+                " --wildcards '*/capture-cat/output.txt' | grep -c 'ticket "
                 "T-\\[masked'")
                 .output,
             "1\n");
-  EXPECT_EQ(run("tar tf " + archive + " | grep capture-2/ | sed 's:.*/::'").output,
+  EXPECT_EQ(run("tar tf " + archive + " | grep capture-head/ | sed 's:.*/::'").output,
             "index.txt\nkept\noutput.txt\n");
-  EXPECT_NE(own.said.find("capture-2/gone is left out: it is no text"), std::string::npos);
+  EXPECT_NE(own.said.find("capture-head/gone is left out: it is no text"), std::string::npos);
 }
 
 TEST_F(Mask, RulesThatCannotBeUsed) {

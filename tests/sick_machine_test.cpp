@@ -147,20 +147,19 @@ TEST_F(SickMachine, CommandsThatDoNotEndOrStayBehind) {
                                  " & echo left' --capture 'exit 3' --capture 'nosuchtool' "
                                  "--capture 'kill -9 $$' --capture 'echo x > /dev/tty'");
   EXPECT_EQ(made.status, 1);
-  const std::pair<std::string, std::string> expected[] = {
-      {"timed out", "\"echo before; " + sleep_ + "\" took more than 1 s"},
-      {"ok", ""},
-      {"ok", "exit status 3"},
-      {"failed", "exit status 127"},
-      {"failed", "signal 9 (Killed)"},
-      {"ok", "exit status 2"}};
-  for (std::size_t i = 0; i < std::size(expected); ++i) {
-    const std::string id = "capture-" + std::to_string(i + 1);
-    EXPECT_EQ(made.outcome(id), expected[i].first) << id;
-    EXPECT_EQ(made.why(id), expected[i].second) << id;
+  const std::tuple<std::string, std::string, std::string> expected[] = {
+      {"capture-echo", "timed out", "\"echo before; " + sleep_ + "\" took more than 1 s"},
+      {"capture-sleep", "ok", ""},
+      {"capture-exit", "ok", "exit status 3"},
+      {"capture-nosuchtool", "failed", "exit status 127"},
+      {"capture-kill", "failed", "signal 9 (Killed)"},
+      {"capture-echo-2", "ok", "exit status 2"}};
+  for (const auto& [id, outcome, why] : expected) {
+    EXPECT_EQ(made.outcome(id), outcome) << id;
+    EXPECT_EQ(made.why(id), why) << id;
   }
-  EXPECT_NE(read_file(made.folder / "capture-1/output.txt").find("before\n"), std::string::npos);
-  EXPECT_EQ(made.row("capture-3").at("exit"), "exit status 3");
+  EXPECT_NE(read_file(made.folder / "capture-echo/output.txt").find("before\n"), std::string::npos);
+  EXPECT_EQ(made.row("capture-exit").at("exit"), "exit status 3");
   EXPECT_EQ(made.manifest.at("commands").at(1).at("command"), sleep_);
   EXPECT_EQ(made.manifest.at("commands").at(1).at("end"), "left over; ended by SIGTERM");
 }
@@ -183,10 +182,10 @@ TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
     EXPECT_EQ(made.status, 1) << why;
     EXPECT_EQ(made.printed, made.folder.string() + "\n");
     EXPECT_EQ(made.manifest.at("given_up"), why);
-    EXPECT_EQ(made.outcome("capture-1"), "ok");
-    EXPECT_EQ(made.outcome("capture-2"), outcome);
-    EXPECT_EQ(made.outcome("capture-3"), "skipped");
-    EXPECT_EQ(made.why("capture-3"), why);
+    EXPECT_EQ(made.outcome("capture-echo"), "ok");
+    EXPECT_EQ(made.outcome("capture-sleep"), outcome);
+    EXPECT_EQ(made.outcome("capture-echo-2"), "skipped");
+    EXPECT_EQ(made.why("capture-echo-2"), why);
     EXPECT_FALSE(fs::exists(made.folder / ".tmp"));
     fs::remove_all(path("out"));
   }
@@ -269,7 +268,7 @@ TEST_F(SickMachine, FoldersOfAnyNameRunNothing) {
   for (const std::string& name : names) {
     test::write_file(path("name"), path(name));
     const Ran ran = run("(" HOST " collect --format none --output \"$(cat " + path("name") +
-                        ")\" --skip system " + "--installation " + sample() +
+                        ")\" --skip system --no-extras --installation " + sample() +
                         "/pel --capture 'cat $0' 2>/dev/null)");
     fs::path folder;
     for (const auto& entry : fs::directory_iterator(path(name))) folder = entry.path();
@@ -313,7 +312,7 @@ TEST_F(SickMachine, FolderMayBeMovedMeanwhile) {
                                      "; mkdir -p " + path("out/") + "sit-trap) &");
   EXPECT_EQ(made.status, 0);
   EXPECT_EQ(made.printed, path("moved") + "\n");
-  EXPECT_NE(read_file(path("moved/capture-1/output.txt")).find("late\n"), std::string::npos);
+  EXPECT_NE(read_file(path("moved/capture-sleep/output.txt")).find("late\n"), std::string::npos);
   EXPECT_TRUE(fs::exists(path("moved/manifest.json")));
   EXPECT_TRUE(fs::is_empty(path("out/sit-trap")));
 }

@@ -8,9 +8,9 @@
 #include <array>
 #include <map>
 #include <optional>
-#include <sstream>
 #include <utility>
 
+#include "support/programs.h"
 #include "support/text.h"
 
 namespace host {
@@ -56,20 +56,6 @@ std::optional<std::time_t> time_of(const std::string& date) {
     if (::strptime(date.c_str(), form, &time) != nullptr) return ::timegm(&time) + more;
   }
   return std::nullopt;
-}
-
-// Whether this machine has the program that a command begins with, wherever programs usually are.
-bool is_here(std::string_view command) {
-  const std::string program(command.substr(0, command.find(' ')));
-  if (program.find('/') != std::string::npos) return ::access(program.c_str(), X_OK) == 0;
-  if (program == "ulimit") return true;  // the shell's own
-  const char* variable = std::getenv("PATH");
-  std::istringstream path((variable == nullptr ? "" : variable) +
-                          std::string(":/usr/bin:/bin:/usr/sbin:/sbin"));
-  for (std::string folder; std::getline(path, folder, ':');) {
-    if (::access(folder.append("/").append(program).c_str(), X_OK) == 0) return true;
-  }
-  return false;
 }
 
 }  // namespace

@@ -97,14 +97,22 @@ Contents list(const OutputFolder& folder) {
 }
 
 void cut_to(const Caps& caps, const OutputFolder& folder, Contents& contents) {
+  const auto cap_of = [&caps](const std::string& file) {
+    const auto own = caps.own.find(file);
+    return own == caps.own.end() ? caps.file : std::min(own->second, caps.file);
+  };
   std::vector<std::uint64_t> sizes;
   for (const std::string& file : contents.files) {
-    sizes.push_back(std::min(folder.size_of(file), caps.file));
+    sizes.push_back(std::min(folder.size_of(file), cap_of(file)));
   }
-  const std::uint64_t longest = std::min(caps.file, longest_for(sizes, caps.all));
+  const std::uint64_t longest = longest_for(sizes, caps.all);
   for (const std::string& file : contents.files) {
     const std::uint64_t size = folder.size_of(file);
-    if (size > longest) contents.cuts.push_back({file, size, cut(folder, file, size, longest)});
+    const std::uint64_t most = std::min(cap_of(file), longest);
+    if (size <= most) continue;
+    const std::uint64_t left_out = cut(folder, file, size, most);
+    const bool is_meant = left_out != 0 && most < std::min(caps.file, longest);
+    contents.cuts.push_back({file, size, left_out, is_meant});
   }
 }
 

@@ -14,6 +14,7 @@ namespace host {
 struct Caps {
   std::uint64_t file = std::uint64_t{100} << 20U;
   std::uint64_t all = std::uint64_t{1} << 30U;
+  std::map<std::string, std::uint64_t> own = {};  // of files that are to be shorter
 };
 
 // A file that was longer than it may be: its middle is left out, and a line stands there instead.
@@ -21,6 +22,7 @@ struct Cut {
   std::string file;
   std::uint64_t bytes;     // that it had
   std::uint64_t left_out;  // 0: it could not be cut
+  bool is_meant;           // by a cap of its own: nothing is missed
 };
 
 // Something that cannot go home: a link or FIFO, or what cannot be read.

@@ -41,7 +41,7 @@ Json row_of(const Row& row, Detail detail) {
             {"why", row.why},
             {"seconds", row.seconds},
             {"bytes", row.bytes}};
-  if (row.step.kind->on == On::kCommand && row.exit_of_first) json["exit"] = *row.exit_of_first;
+  if (is_capture(row.step) && row.exit_of_first) json["exit"] = *row.exit_of_first;
   if (detail != Detail::kRowsOnly) json["sections"] = sections_of(row);
   return json;
 }
@@ -91,7 +91,10 @@ std::string manifest_of(const Collection& collection, const std::vector<Problem>
                                 {"row", command.row}});
   }
   for (const Cut& cut : collection.contents.cuts) {
-    json["cuts"].push_back({{"file", cut.file}, {"bytes", cut.bytes}, {"left_out", cut.left_out}});
+    json["cuts"].push_back({{"file", cut.file},
+                            {"bytes", cut.bytes},
+                            {"left_out", cut.left_out},
+                            {"meant", cut.is_meant}});
   }
   if (detail != Detail::kRowsOnly) {
     for (const Problem& problem : problems) {

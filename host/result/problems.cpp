@@ -121,7 +121,8 @@ class Problems {
 }  // namespace
 
 bool Collection::is_complete() const {
-  return given_up.empty() && contents.cuts.empty() && contents.masking.failed.empty() &&
+  return given_up.empty() && std::ranges::all_of(contents.cuts, &Cut::is_meant) &&
+         contents.masking.failed.empty() &&
          std::none_of(rows.begin(), rows.end(),
                       [](const Row& row) { return is_fault(row.outcome); });
 }
@@ -146,7 +147,9 @@ std::vector<Problem> problems_of(const Collection& collection) {
     problems.add({kCommandEnded, "\"" + command.command_line + "\" " + command.end + " after " +
                                      seconds_text(command.seconds) + " s"});
   }
-  for (const Cut& cut : collection.contents.cuts) problems.add(problem_of(cut));
+  for (const Cut& cut : collection.contents.cuts) {
+    if (!cut.is_meant) problems.add(problem_of(cut));
+  }
   for (const std::string& file : collection.contents.masking.no_texts) {
     problems.add({kUnreadable, file + (collection.contents.goes_into_archive
                                            ? " is left out: it is no text, and could not be masked"

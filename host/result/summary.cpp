@@ -198,7 +198,11 @@ void write_rows(std::ostream& out, const Collection& collection) {
                      collection.masked(row.step.title));
     const std::string indent(kWidth - 49, ' ');
     if (row.bytes > 0) out << indent << row.step.file << "\n";
-    if (row.outcome == RowOutcome::kOk && row.step.kind->on == On::kCommand && !row.why.empty()) {
+    for (const Cut& cut : collection.contents.cuts) {
+      if (!cut.is_meant || cut.file != row.step.file) continue;
+      out << indent << "of " << size_text(cut.bytes) << " both ends\n";
+    }
+    if (row.outcome == RowOutcome::kOk && is_capture(row.step) && !row.why.empty()) {
       out << indent << collection.masked(row.why) << "\n";
     }
   }
@@ -212,7 +216,8 @@ std::string verdict_of(const Collection& collection) {
   if (collection.is_complete()) return "Complete";
   const auto faulty = std::count_if(collection.rows.begin(), collection.rows.end(),
                                     [](const Row& row) { return is_fault(row.outcome); });
-  const std::size_t cuts = collection.contents.cuts.size();
+  const auto cuts =
+      static_cast<std::size_t>(std::ranges::count(collection.contents.cuts, false, &Cut::is_meant));
   return "Not complete: " + std::to_string(faulty) + " of " +
          counted(collection.rows.size(), "row") + " not ok" +
          (cuts == 0 ? "" : "; " + counted(cuts, "file") + " cut") +

@@ -103,9 +103,11 @@ CommandWatch::Command CommandWatch::begun(const Process& root,
 }
 
 double CommandWatch::limit_of(const Command& command) const {
-  if (offenders_.empty()) return limit_;
+  const auto own = row_limits_.find(command.row);
+  const double limit = own == row_limits_.end() ? limit_ : std::min(limit_, own->second);
+  if (offenders_.empty()) return limit;
   const std::string line = command_line_of(command.root.pid);
-  return offenders_.contains(program_of(line)) ? limit_ * kTenth : limit_;
+  return offenders_.contains(program_of(line)) ? limit * kTenth : limit;
 }
 
 void CommandWatch::end_commands_of(pid_t worker) {

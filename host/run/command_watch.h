@@ -18,6 +18,9 @@ class CommandWatch {
   // Whatever runs below the host already is not its own and is left alone.
   explicit CommandWatch(double limit);
 
+  // The commands of this row may take no longer than this either.
+  void limit_row(const std::string& row, double limit) { row_limits_[row] = limit; }
+
   // A command that a worker waits for, and how long it may take.
   struct Running {
     std::string command_line;
@@ -83,6 +86,7 @@ class CommandWatch {
   void note_end(const Command& command);
 
   double limit_;
+  std::map<std::string, double> row_limits_;
   bool ending_all_ = false;
   std::map<Key, Command> commands_;  // by their root
   std::map<Key, Key> command_of_;    // every process of theirs that lives

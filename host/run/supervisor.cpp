@@ -46,6 +46,7 @@ void Supervisor::add(const Subject& subject) {
   Run& run = runs_.emplace_back(Run{.subject = subject, .rows = {}});
   for (const Step& step : subject.steps) {
     Row& row = rows_.emplace_back(step);
+    if (step.limit > 0) watch_.limit_row(step.id, step.limit);
     if (step.left_out.empty()) {
       run.rows.push_back(&row);
     } else {

@@ -60,9 +60,10 @@ bool Selection::skips(const Step& step) const { return names_any(skip, step); }
 
 bool Selection::needs_installations() const {
   const auto is_independent = [](const std::string& id) {
-    const std::string plain = id.substr(0, id.find_last_not_of("-0123456789") + 1);
-    return std::any_of(step_kinds().begin(), step_kinds().end(), [&plain](const StepKind& kind) {
-      return plain == kind.id && kind.is_independent;
+    const std::string whole = id.substr(0, id.find('/'));
+    return std::any_of(step_kinds().begin(), step_kinds().end(), [&whole](const StepKind& kind) {
+      return kind.is_independent &&
+             (whole == kind.id || whole.starts_with(kind.id + std::string("-")));
     });
   };
   return only.empty() || !std::all_of(only.begin(), only.end(), is_independent);

@@ -1,10 +1,14 @@
 #include "steps/steps.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <map>
 
 #include "sit/pelver.h"
 #include "support/names.h"
+#include "support/processes.h"
+#include "support/programs.h"
 
 namespace host {
 namespace {
@@ -74,14 +78,15 @@ Subject installation_subject(const Installation& installation, const std::string
   return subject;
 }
 
-// Numbers the steps that the user wishes for.
+// Steps that the user wishes for, each with a number or a name of its own.
 class WishedSteps {
  public:
   WishedSteps(Subject& subject, Names& folders) : subject_(subject), folders_(folders) {}
-  void add(On on, const Values& values) {
+  void add(On on, const Values& values, const std::string& name = "") {
     for (const StepKind& kind : step_kinds()) {
       if (kind.on != on) continue;
-      const std::string id = folders_.take(kind.id + ("-" + std::to_string(++numbers_[on])));
+      const std::string own = name.empty() ? std::to_string(++numbers_[on]) : name;
+      const std::string id = folders_.take(kind.id + ("-" + own));
       Values all = values;
       all["folder"] = id;
       subject_.steps.push_back(make_step(kind, id, all));
@@ -98,6 +103,26 @@ void add_steps(Subject& subject, On on) {
   for (const StepKind& kind : step_kinds()) {
     if (kind.on == on) subject.steps.push_back(make_step(kind, kind.id, {}));
   }
+}
+
+Subject extras_subject(const Environment& environment, const std::vector<ExtraCapture>& extras) {
+  Subject subject{.environment = environment, .is_independent = true};
+  // What administrators run is often in folders that others do not look in.
+  subject.environment["PATH"] = whole_path();
+  for (const StepKind& kind : step_kinds()) {
+    for (const ExtraCapture& extra : extras) {
+      if (kind.on != On::kExtra) continue;
+      Step step =
+          make_step(kind, std::string(kind.id) + "/" + extra.name,
+                    {{"name", extra.name}, {"title", extra.title}, {"command", extra.command}});
+      step.limit = extra.limit;
+      step.cap = extra.cap;
+      if (!is_here(extra.tool)) step.left_out = "not on this machine";
+      if (extra.needs_root && ::geteuid() != 0) step.left_out = "for root alone";
+      subject.steps.push_back(std::move(step));
+    }
+  }
+  return subject;
 }
 
 std::string absolute(const std::string& path) {
@@ -124,8 +149,8 @@ std::vector<Subject> other_subjects(Subject versions,
                                     const std::vector<Installation>& installations,
                                     const Wishes& wishes) {
   const Environment environment = versions.environment;
-  Names folders(
-      {".tmp", "summary.txt", "manifest.json", "versions.txt", "system.txt", "environment.txt"});
+  Names folders({".tmp", "summary.txt", "manifest.json", "index.html", "versions.txt", "system.txt",
+                 "environment.txt", "extra"});
   add_steps(versions, On::kVersions);
   std::vector<Subject> subjects{std::move(versions)};
   for (const Installation& installation : installations) {
@@ -146,12 +171,14 @@ std::vector<Subject> other_subjects(Subject versions,
   Subject captures{.environment = environment};
   WishedSteps capture_steps(captures, folders);
   for (const std::string& command : wishes.commands) {
-    capture_steps.add(On::kCommand, {{"command", command}});
+    constexpr std::size_t kLongestName = 40;
+    capture_steps.add(On::kCommand, {{"command", command}},
+                      program_of(command).substr(0, kLongestName));
   }
   for (const auto& [library, entry] : wishes.libraries) {
     capture_steps.add(On::kLibrary, {{"library", absolute(library)}, {"entry", entry}});
   }
-  for (const Subject& wished : {servers, captures}) {
+  for (const Subject& wished : {extras_subject(environment, wishes.extras), servers, captures}) {
     if (!wished.steps.empty()) subjects.push_back(wished);
   }
   return subjects;
@@ -165,6 +192,8 @@ std::string why_absent(const StepKind& kind, const std::vector<Installation>& in
       return "only with --apache";
     case On::kCommand:
       return "only with --capture";
+    case On::kExtra:
+      return "left out by --no-extras";
     case On::kLibrary:
       return "only with --capture-library";
     case On::kMonitor:

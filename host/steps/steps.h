@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "report/kinds.h"
+#include "steps/captures.h"
 #include "steps/installation.h"
 
 namespace host {
@@ -16,6 +17,7 @@ struct Wishes {
   std::vector<std::pair<std::string, std::string>> netscape;   // server root, server name
   std::vector<std::string> apache;                             // server root
   std::vector<std::string> commands;                           // to capture
+  std::vector<ExtraCapture> extras;                            // the same, as rules tell
   std::vector<std::pair<std::string, std::string>> libraries;  // to capture: path, entry point
   std::vector<std::string> brokers;  // whose logs to copy, as OBCopyFiles names them; none: all
 };
@@ -32,6 +34,7 @@ enum class On {
   kNetscape,
   kApache,
   kCommand,
+  kExtra,
   kLibrary
 };
 
@@ -65,7 +68,14 @@ struct Step {
   std::string version = {};             // whole, of its installation
   std::vector<std::string> names = {};  // of the logs wanted
   std::string left_out = {};            // why it is not to be done
+  double limit = 0;                     // of its commands, in seconds; 0: that of all
+  std::uint64_t cap = 0;                // bytes that its file may have; 0: those of all
 };
+
+// Whether it is the output of a command that a shell runs.
+[[nodiscard]] inline bool is_capture(const Step& step) {
+  return step.kind->on == On::kCommand || step.kind->on == On::kExtra;
+}
 
 // What one worker does, a step after the other.
 struct Subject {

@@ -36,8 +36,10 @@ bool mount_small(const std::string& where, const std::string& size) {
 Collected CollectTest::collect(const std::string& options, const std::string& before) const {
   const auto start = std::chrono::steady_clock::now();
   const bool has_format = options.find("--format") != std::string::npos;
+  const bool has_extras = options.find("extra") != std::string::npos;
   const Ran ran = run("(" + before + "\n" + HOST + " collect --output " + path("out") + " " +
-                      options + (has_format ? "" : " --format none") + " 2>" + path("said") + ")");
+                      options + (has_format ? "" : " --format none") +
+                      (has_extras ? "" : " --no-extras") + " 2>" + path("said") + ")");
   Collected collected{.status = ran.status, .printed = ran.output, .said = read_file(path("said"))};
   collected.seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();

@@ -28,7 +28,8 @@ struct Collected {
 
 class CollectTest : public SitTest {
  protected:
-  // Runs it below path("out") with these options, in a shell that has run `before`.
+  // Runs it below path("out") with these options, in a shell that has run `before`; without the
+  // usual captures of machines unless the options say something of extras.
   [[nodiscard]] Collected collect(const std::string& options, const std::string& before = "") const;
 
   // Lays the sample installation out and returns the options that collect all of it.
