@@ -19,7 +19,7 @@ std::uint64_t size_of(const Rule& rule, const char* field) {
     static_cast<void>(CLI::AsSizeValue(false)(size));
     return std::stoull(size);
   } catch (const std::exception&) {
-    rule.fail(std::string("\"") + field + "\": " + size + " is no size");
+    rule.fail(std::string("\"") + field + "\": " + rule.text(field) + " is no size");
   }
 }
 
