@@ -14,6 +14,7 @@
 
 #include "bundle/archive.h"
 #include "bundle/masking.h"
+#include "report/file_findings.h"
 #include "result/collection.h"
 #include "result/manifest.h"
 #include "result/progress.h"
@@ -98,12 +99,13 @@ class Collecting {
         masker_(options.is_unmasked
                     ? nullptr
                     : std::make_unique<Masker>(MaskRules::load(options.mask_rules))),
+        findings_(FindingRules::load(options.findings)),
         extras_(load_captures(options.has_extras, options.capture_files)),
         progress_(options.progress),
         folder_(options.lists_steps ? temporary_folder() : options.output,
                 folder_name(masker_ == nullptr ? options.label : masker_->masked(options.label),
                             started_)),
-        supervisor_(options.settings, signals_, folder_, options.limits, progress_),
+        supervisor_(options.settings, signals_, folder_, options.limits, findings_, progress_),
         environments_(environments_of(options)),
         versions_{.environment = environments_[0], .is_independent = true} {}
 
@@ -227,12 +229,9 @@ class Collecting {
     Contents contents = list(folder_);
     contents.goes_into_archive = format_ != nullptr;
     if (format_ == nullptr) contents.absent.clear();  // it is where it was
+    const std::vector<FileFinding> in_files = findings_in(folder_, contents.files, findings_);
     if (masker_ != nullptr) mask_files(folder_, contents, *masker_, signals_);
-    Caps caps = options_.caps;
-    for (const Row& row : supervisor_.rows()) {
-      if (row.step.cap > 0) caps.own[row.step.file] = row.step.cap;
-    }
-    cut_to(caps, folder_, contents);
+    cut_to(caps(), folder_, contents);
     const Collection collection{
         .tool_version = SIT_VERSION,
         .plugin_version = supervisor_.plugin_version(),
@@ -249,6 +248,7 @@ class Collecting {
         .commands = supervisor_.ended(),
         .glance = supervisor_.glance(),
         .contents = contents,
+        .in_files = in_files,
         .masker = masker_.get()};
     const std::vector<Problem> problems = problems_of(collection);
     bool is_written = summary_->write(summary_of(collection, problems));
@@ -263,6 +263,14 @@ class Collecting {
     const int status = is_whole && collection.is_complete() ? kComplete : kPartial;
     progress_.end(status, archive.empty() ? "folder" : "archive", made.string());
     return status;
+  }
+
+  [[nodiscard]] Caps caps() const {
+    Caps caps = options_.caps;
+    for (const Row& row : supervisor_.rows()) {
+      if (row.step.cap > 0) caps.own[row.step.file] = row.step.cap;
+    }
+    return caps;
   }
 
   // The archive; the folder goes once that is whole. Empty where none is made.
@@ -312,6 +320,7 @@ class Collecting {
   const CollectOptions& options_;
   const ArchiveFormat* format_;     // null: the folder is what is made
   std::unique_ptr<Masker> masker_;  // null: secrets stay
+  FindingRules findings_;
   std::vector<ExtraCapture> extras_;
   std::time_t started_ = std::time(nullptr);
   Clock::time_point start_ = Clock::now();

@@ -22,6 +22,7 @@ struct CollectOptions {
   std::string format = "xz";  // of the archive
   bool is_unmasked = false;
   std::vector<std::string> mask_rules;  // more files of them
+  std::vector<std::string> findings;    // the same
   bool has_extras = true;
   std::vector<std::string> capture_files;  // the same
   Caps caps = {};

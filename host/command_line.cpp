@@ -56,6 +56,8 @@ void describe_what_is_collected(CLI::App& collect, CommandLine& line) {
                "copy only the logs of this broker, \"db:\" database, or \"admsrv\"", "NAME");
   add_repeated(collect, "--mask-rules", options.mask_rules,
                "a file that tells of more secrets to mask", "FILE");
+  add_repeated(collect, "--findings", options.findings,
+               "a file that tells of more that is wrong when a report or log says so", "FILE");
   collect.add_flag("--unmasked", options.is_unmasked, "leave secrets as they are");
   add_repeated(collect, "--only", options.selection.only,
                "only this step, this kind of step or this installation", "ID");

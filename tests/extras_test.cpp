@@ -7,7 +7,6 @@ namespace {
 
 using test::Collected;
 using test::read_file;
-using test::run;
 
 class Extras : public test::CollectTest {
  protected:

@@ -19,12 +19,10 @@ enum class Sign {
   kTimedOut,  // a command was ended for its age: no line tells this, the supervisor does
 };
 
-struct LineRule {
-  const char* section;  // what its title holds; "" is everywhere
-  const char* literal;  // what such a line always holds
+// A line that belongs to the layout.
+struct LayoutRule {
   const char* pattern;
   Sign sign;
-  const char* words = "";  // with {block} and {1}, the first group; none: the line itself
 };
 
 // Lines that belong to one thing, from the line that begins it up to the next such line or title.
@@ -35,10 +33,11 @@ struct BlockRule {
 };
 
 struct ReportKind {
-  std::vector<const char*> titles;    // as they stand, or up to a "*"
-  std::vector<const char*> headings;  // titles under which other titles follow at once
-  std::vector<LineRule> rules;
-  std::vector<BlockRule> blocks;
+  const char* name;                        // as rules of findings call it
+  std::vector<const char*> titles = {};    // as they stand, or up to a "*"
+  std::vector<const char*> headings = {};  // titles under which other titles follow at once
+  std::vector<LayoutRule> layout = {};
+  std::vector<BlockRule> blocks = {};
   bool has_end_mark = true;
   bool has_all_titles = false;      // in every report of the kind
   bool fails_with_command = false;  // a command that fails leaves a section incomplete
@@ -57,5 +56,8 @@ struct ReportKind {
 [[nodiscard]] const ReportKind& apache_report();
 [[nodiscard]] const ReportKind& library_report();
 [[nodiscard]] const ReportKind& output_report();
+
+// All of them.
+[[nodiscard]] const std::vector<const ReportKind*>& report_kinds();
 
 }  // namespace host

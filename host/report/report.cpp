@@ -60,19 +60,22 @@ std::optional<std::time_t> time_of(const std::string& date) {
 
 }  // namespace
 
-// The patterns of a kind of report, made once.
+// The blocks of a kind of report, made once.
 struct Report::Compiled {
   explicit Compiled(const ReportKind& kind) {
-    for (const LineRule& rule : kind.rules) rules.push_back(std::make_unique<RE2>(rule.pattern));
     for (const BlockRule& block : kind.blocks) {
       starts.push_back(std::make_unique<RE2>(block.start));
       names.push_back(std::make_unique<RE2>(block.name));
     }
   }
-  std::vector<std::unique_ptr<RE2>> rules;
   std::vector<std::unique_ptr<RE2>> starts;
   std::vector<std::unique_ptr<RE2>> names;
 };
+
+std::string words_of(const FindingRule& rule, const std::string& line,
+                     const std::string& captured) {
+  return rule.words.empty() ? line : replaced(rule.words, "{1}", captured);
+}
 
 const char* text_of(SectionOutcome outcome) {
   switch (outcome) {
@@ -94,7 +97,8 @@ const char* text_of(SectionOutcome outcome) {
   return "";
 }
 
-Report::Report(const ReportKind& kind, std::time_t now) : kind_(kind), now_(now) {
+Report::Report(const ReportKind& kind, const FindingRules& rules, std::time_t now)
+    : kind_(kind), rules_(rules), now_(now) {
   static std::map<const ReportKind*, std::shared_ptr<const Compiled>> known;
   std::shared_ptr<const Compiled>& compiled = known[&kind];
   if (compiled == nullptr) compiled = std::make_shared<Compiled>(kind);
@@ -179,23 +183,14 @@ void Report::read_content() {
 void Report::classify() {
   if (in_output_) return;
   begin_block();
-  for (const std::size_t i : active_rules_) {
-    const LineRule& rule = kind_.rules[i];
-    if (previous_.text.find(rule.literal) == std::string::npos) continue;
-    std::string captured;
-    const RE2& pattern = *compiled_->rules[i];
-    const bool holds = pattern.NumberOfCapturingGroups() > 0
-                           ? RE2::PartialMatch(previous_.text, pattern, &captured)
-                           : RE2::PartialMatch(previous_.text, pattern);
-    if (!holds) continue;
-    apply(rule, captured);
-    return;
-  }
+  std::string captured;
+  const FindingRule* rule = active_rules_->find(previous_.text, captured);
+  if (rule != nullptr) apply(*rule, captured);
 }
 
-void Report::apply(const LineRule& rule, const std::string& captured) {
+void Report::apply(const FindingRule& rule, const std::string& captured) {
   Section& section = sections_.back();
-  std::string words = *rule.words == '\0' ? previous_.text : rule.words;
+  const std::string words = words_of(rule, previous_.text, captured);
   switch (rule.sign) {
     case Sign::kOutput:
       in_output_ = true;
@@ -212,7 +207,7 @@ void Report::apply(const LineRule& rule, const std::string& captured) {
       judge(SectionOutcome::kNotHere, words, previous_.number);
       return;
     case Sign::kEnds:
-      add_ending(rule, captured);
+      add_ending(words, captured);
       return;
     case Sign::kFailed:
       judge(SectionOutcome::kFailed, words, previous_.number);
@@ -236,7 +231,7 @@ void Report::add_finding(Finding finding) {
   findings_.push_back(std::move(finding));
 }
 
-void Report::add_ending(const LineRule& rule, const std::string& date) {
+void Report::add_ending(const std::string& words, const std::string& date) {
   constexpr std::time_t kDay = 24L * 60 * 60;
   constexpr int kSoon = 60;
   const auto end = time_of(date);
@@ -252,7 +247,7 @@ void Report::add_ending(const LineRule& rule, const std::string& date) {
       has_ended ? " ended on "
                 : " ends in " + counted(static_cast<std::size_t>(days), "day") + ", on ";
   add_finding(
-      {previous_.number, Sign::kEnds, rule.words + when + day.data(), days - (has_ended ? 1 : 0)});
+      {previous_.number, Sign::kEnds, words + when + day.data(), days - (has_ended ? 1 : 0)});
 }
 
 void Report::begin_block() {
@@ -286,11 +281,8 @@ void Report::begin_section(const std::string& title) {
     sections_.push_back({title, previous_.number, previous_.offset});
   }
   in_output_ = false;
-  active_rules_.clear();
+  active_rules_ = &rules_.of(kind_, title);
   active_blocks_.clear();
-  for (std::size_t i = 0; i < kind_.rules.size(); ++i) {
-    if (title.find(kind_.rules[i].section) != std::string::npos) active_rules_.push_back(i);
-  }
   for (std::size_t i = 0; i < kind_.blocks.size(); ++i) {
     if (title.find(kind_.blocks[i].section) != std::string::npos) active_blocks_.push_back(i);
   }

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <vector>
 
+#include "report/finding_rules.h"
 #include "report/kinds.h"
 #include "support/descriptor.h"
 #include "support/folder.h"
@@ -47,6 +48,10 @@ struct Finding {
   int days = 0;  // until the day on which something ends
 };
 
+// What a rule says of a line; {block} is left for whoever knows the block.
+[[nodiscard]] std::string words_of(const FindingRule& rule, const std::string& line,
+                                   const std::string& captured);
+
 // When something that happened to a report's writer counts.
 enum class Weight {
   kAlways,
@@ -59,7 +64,7 @@ enum class Weight {
 class Report {
  public:
   // `now` tells whether what ends on a day has ended.
-  Report(const ReportKind& kind, std::time_t now);
+  Report(const ReportKind& kind, const FindingRules& rules, std::time_t now);
 
   void feed(std::string_view bytes);
 
@@ -99,9 +104,9 @@ class Report {
   void end_line();
   void read_content();
   void classify();
-  void apply(const LineRule& rule, const std::string& captured);
+  void apply(const FindingRule& rule, const std::string& captured);
   void add_finding(Finding finding);
-  void add_ending(const LineRule& rule, const std::string& date);
+  void add_ending(const std::string& words, const std::string& date);
   void begin_block();
   void end_block();
   void begin_section(const std::string& title);
@@ -119,8 +124,9 @@ class Report {
 
   struct Compiled;
   const ReportKind& kind_;
+  const FindingRules& rules_;
   std::shared_ptr<const Compiled> compiled_;
-  std::vector<std::size_t> active_rules_;
+  const SectionRules* active_rules_ = nullptr;
   std::vector<std::size_t> active_blocks_;
   std::time_t now_;
 

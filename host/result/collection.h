@@ -10,6 +10,7 @@ inline constexpr const char* kManifestFile = "manifest.json";
 #include <vector>
 
 #include "mask/masker.h"
+#include "report/file_findings.h"
 #include "result/contents.h"
 #include "result/row.h"
 #include "work/glance.h"
@@ -32,6 +33,7 @@ struct Collection {
   const std::vector<EndedCommand>& commands;
   const Glance& glance;
   const Contents& contents;
+  const std::vector<FileFinding>& in_files;
   Masker* masker = nullptr;  // null: nothing is masked
 
   // A text as summary and manifest may tell it.

@@ -147,6 +147,9 @@ std::vector<Problem> problems_of(const Collection& collection) {
     problems.add({kCommandEnded, "\"" + command.command_line + "\" " + command.end + " after " +
                                      seconds_text(command.seconds) + " s"});
   }
+  for (const auto& [file, finding] : collection.in_files) {
+    problems.add({rank_of(finding), finding.text, file, finding.line});
+  }
   for (const Cut& cut : collection.contents.cuts) {
     if (!cut.is_meant) problems.add(problem_of(cut));
   }

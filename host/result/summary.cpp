@@ -184,6 +184,21 @@ std::string table_row(const std::string& outcome, const std::string& seconds,
   return row.str();
 }
 
+void write_row(std::ostream& out, const Collection& collection, const Row& row) {
+  out << table_row(text_of(row.outcome), seconds_text(row.seconds),
+                   row.step.file.empty() ? "" : std::to_string(row.bytes),
+                   collection.masked(row.step.title));
+  const std::string indent(kWidth - 49, ' ');
+  if (row.bytes > 0) out << indent << row.step.file << "\n";
+  for (const Cut& cut : collection.contents.cuts) {
+    const bool is_its_own = cut.is_meant && cut.file == row.step.file;
+    if (is_its_own) out << indent << "of " << size_text(cut.bytes) << " both ends\n";
+  }
+  if (row.outcome == RowOutcome::kOk && is_capture(row.step) && !row.why.empty()) {
+    out << indent << collection.masked(row.why) << "\n";
+  }
+}
+
 void write_rows(std::ostream& out, const Collection& collection) {
   write_title(out, "ROWS");
   out << table_row("Outcome", "Seconds", "Bytes", "Title, and file");
@@ -191,19 +206,8 @@ void write_rows(std::ostream& out, const Collection& collection) {
   for (const Row& row : collection.rows) {
     if (row.outcome == RowOutcome::kSkipped) {
       skipped[row.why].push_back(row.step.id);
-      continue;
-    }
-    out << table_row(text_of(row.outcome), seconds_text(row.seconds),
-                     row.step.file.empty() ? "" : std::to_string(row.bytes),
-                     collection.masked(row.step.title));
-    const std::string indent(kWidth - 49, ' ');
-    if (row.bytes > 0) out << indent << row.step.file << "\n";
-    for (const Cut& cut : collection.contents.cuts) {
-      if (!cut.is_meant || cut.file != row.step.file) continue;
-      out << indent << "of " << size_text(cut.bytes) << " both ends\n";
-    }
-    if (row.outcome == RowOutcome::kOk && is_capture(row.step) && !row.why.empty()) {
-      out << indent << collection.masked(row.why) << "\n";
+    } else {
+      write_row(out, collection, row);
     }
   }
   for (const auto& [why, ids] : skipped)

@@ -28,11 +28,13 @@ std::string signal_text(int signal) {
 }
 
 Supervisor::Supervisor(const RunSettings& settings, const SignalWatch& signals,
-                       const OutputFolder& folder, const Limits& limits, Progress& progress)
+                       const OutputFolder& folder, const Limits& limits,
+                       const FindingRules& findings, Progress& progress)
     : settings_(settings),
       signals_(signals),
       folder_(folder),
       limits_(limits),
+      findings_(findings),
       progress_(progress),
       watch_(limits.command) {
   // Whatever a command leaves behind comes to this process.

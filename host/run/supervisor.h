@@ -30,7 +30,7 @@ struct Limits {
 class Supervisor {
  public:
   Supervisor(const RunSettings& settings, const SignalWatch& signals, const OutputFolder& folder,
-             const Limits& limits, Progress& progress);
+             const Limits& limits, const FindingRules& findings, Progress& progress);
   Supervisor(const Supervisor&) = delete;
   Supervisor& operator=(const Supervisor&) = delete;
   ~Supervisor();
@@ -88,7 +88,7 @@ class Supervisor {
   void note_short(Row& row, std::uint64_t size, Weight weight);
   static void note_lack(Run& run, const Row& row, const std::string& lack);
   [[nodiscard]] Row* find_row(const std::string& id);
-  [[nodiscard]] static Report& report_of(Row& row);
+  [[nodiscard]] Report& report_of(Row& row);
   bool read_report(Row& row, std::uint64_t end);
   bool read_finished_reports();
 
@@ -96,6 +96,7 @@ class Supervisor {
   const SignalWatch& signals_;
   const OutputFolder& folder_;
   Limits limits_;
+  const FindingRules& findings_;
   Progress& progress_;
   CommandWatch watch_;
   Glance glance_;

@@ -213,7 +213,7 @@ void Supervisor::note_short(Row& row, std::uint64_t size, Weight weight) {
 
 Report& Supervisor::report_of(Row& row) {
   if (row.report == nullptr) {
-    row.report = std::make_unique<Report>(row.step.kind->report(), std::time(nullptr));
+    row.report = std::make_unique<Report>(row.step.kind->report(), findings_, std::time(nullptr));
   }
   return *row.report;
 }

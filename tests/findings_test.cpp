@@ -1,0 +1,88 @@
+// What tells that something is wrong, as files of rules say.
+#include <tuple>
+
+#include "support/collection.h"
+
+namespace {
+
+using test::Collected;
+
+class Findings : public test::CollectTest {
+ protected:
+  [[nodiscard]] std::string file(const std::string& rule) const {
+    test::write_file(path("rules.yaml"), "findings:\n  - {name: ours, " + rule + "}\n");
+    return "--findings " + path("rules.yaml") + " ";
+  }
+};
+
+TEST_F(Findings, SeverityDecidesWhatItMeansForRowAndRun) {
+  const std::tuple<std::string, std::string, std::string, int> cases[] = {
+      {"lost", "partial", "incomplete", 1},        {"failed", "partial", "failed", 1},
+      {"incomplete", "partial", "incomplete", 1},  {"wrong", "ok", "ok", 0},
+      {"not here", "ok", "not available here", 0}, {"ends", "ok", "ok", 0}};
+  for (const auto& [severity, outcome, section, status] : cases) {
+    const Collected made = collect(
+        "--only environment " +
+            file("reports: [environment], section: '^List of', words: 'Its day, {1},', severity: " +
+                 severity + ", pattern: \"^SIT_DAY='(.*)'\", matches: [\"SIT_DAY='x'\"]"),
+        "export SIT_DAY=2009-06-30");
+    EXPECT_EQ(made.status, status) << severity;
+    EXPECT_EQ(made.outcome("environment"), outcome) << severity;
+    EXPECT_EQ(made.row("environment").at("sections").at(0).at("outcome"), section) << severity;
+    std::string told = severity == "ends" ? "Its day, 2009-06-30, ended on 2009-06-30\n"
+                                          : "Its day, 2009-06-30,\n";
+    if (severity == "not here") told = "";
+    std::string found;
+    for (const auto& problem : made.manifest.at("problems")) {
+      EXPECT_EQ(problem.at("file"), "environment.txt");
+      found += problem.at("text").get<std::string>() + "\n";
+    }
+    EXPECT_EQ(found, told) << severity;
+    std::filesystem::remove_all(path("out"));
+  }
+}
+
+TEST_F(Findings, CopiedFilesAndCapturesAreLookedThrough) {
+  static_cast<void>(sample_options("--healthy"));
+  const std::string capture = "seq -f \"requests %.0f\" 200000; printf \"requests x\"";
+  const Collected made =
+      collect("--only logs --only capture --installation " + sample() + "/pel --capture '" +
+              capture + "' " +
+              file("files: '/portal[.]log$|^capture-.*/output', severity: failed, words: 'It says {1}', "
+                   "pattern: 'requests (.*)', matches: [requests 1]"));
+  EXPECT_EQ(made.status, 0) << "the collecting itself lacks nothing";
+  std::string found;
+  for (const auto& problem : made.manifest.at("problems")) {
+    found += problem.at("file").get<std::string>() + ":" + problem.at("line").dump() + " " +
+             problem.at("text").get<std::string>() + "\n";
+  }
+  EXPECT_EQ(
+      found,
+      "10.1B/logs/brokers/portal/portal.log:2 It says served\n"
+      "capture-seq/output.txt:10 It says 1\ncapture-seq/output.txt:11 It says 2\n"
+      "capture-seq/output.txt:12 It says 3\n"
+      "capture-seq/output.txt:200010 ours: 200001 lines of this file tell of it, the last one "
+      "here\n");
+}
+
+TEST_F(Findings, RulesThatCannotBeUsed) {
+  const std::pair<std::string, std::string> cases[] = {
+      {"pattern: x, severity: bad, matches: [x]", "\"severity\" is one of lost, failed, "},
+      {"pattern: x, severity: wrong", "lacks \"matches\", its examples"},
+      {"pattern: x, severity: wrong, matches: [y]", "does not match its example y"},
+      {"pattern: x, severity: wrong, matches: [x], misses: [ax]", "matches its example ax"},
+      {"pattern: x, severity: wrong, matches: [x], reports: [sytem]",
+       "there is no report \"sytem\""},
+      {"pattern: x, severity: ends, matches: [x], files: y", "only a report tells of days"},
+      {"pattern: x, severity: wrong, matches: [x], files: y, section: z",
+       "either reports or files"}};
+  for (const auto& [rule, said] : cases) {
+    const Collected made = collect(file(rule));
+    EXPECT_EQ(made.status, 2) << rule;
+    EXPECT_TRUE(made.said.starts_with("sit: findings " + path("rules.yaml") + ", \"ours\": "))
+        << made.said;
+    EXPECT_NE(made.said.find(said), std::string::npos) << made.said;
+  }
+}
+
+}  // namespace
