@@ -168,6 +168,12 @@ void describe(CLI::App& app, CommandLine& line) {
   show->add_option("what", line.show.what,
                    "a row's id, a file or the title of a section (default: the summary)");
 
+  CLI::App* diff = app.add_subcommand("diff", "tell what changed from one collection to another");
+  diff->add_option("old", line.diff.old_bundle, "the earlier one's archive or folder")->required();
+  diff->add_option("new", line.diff.new_bundle, "the later one's")->required();
+  add_repeated(*diff, "--rules", line.diff.rules, "a file that tells of more that does not matter",
+               "FILE");
+
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
   add_plugin_option(*call, line);
   call->add_flag("--verbose", line.collect.settings.verbose, "diagnostic lines in the report");

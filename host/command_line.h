@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "collect.h"
+#include "diff/diff.h"
 #include "remask.h"
 #include "show.h"
 
@@ -23,6 +24,7 @@ struct CommandLine {
   std::string call_name;
   RemaskOptions remask;
   ShowOptions show;
+  DiffOptions diff;
 };
 
 // Has `app` read the command line into `line`, the chosen subcommand included.

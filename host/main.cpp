@@ -14,6 +14,7 @@
 #include "catalogue.h"
 #include "collect.h"
 #include "command_line.h"
+#include "diff/diff.h"
 #include "plugin.h"
 #include "remask.h"
 #include "show.h"
@@ -29,6 +30,7 @@ int run_chosen(const CLI::App& app, host::CommandLine& line) {
   }
   if (app.got_subcommand("mask")) return host::remask(line.remask);
   if (app.got_subcommand("show")) return host::show(line.show);
+  if (app.got_subcommand("diff")) return host::diff(line.diff);
   const std::filesystem::path path =
       line.plugin ? std::filesystem::absolute(*line.plugin) : host::find_plugin();
   if (app.got_subcommand("collect")) {

@@ -1,11 +1,7 @@
 #include "show.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
-#include <cstdlib>
 #include <nlohmann/json.hpp>
 #include <vector>
 
@@ -13,6 +9,7 @@
 #include "collect.h"
 #include "result/collection.h"
 #include "support/failure.h"
+#include "support/printing.h"
 #include "support/text.h"
 
 namespace host {
@@ -80,37 +77,6 @@ Part find(const json& manifest, const std::string& what) {
   }
   return find_section(manifest, what);
 }
-
-// Where it is printed: to a pager, if somebody is looking.
-class Printing {
- public:
-  Printing() : is_terminal_(::isatty(STDOUT_FILENO) == 1) {
-    const char* pager = std::getenv("PAGER");
-    if (is_terminal_) pipe_ = ::popen(pager == nullptr || *pager == '\0' ? "less" : pager, "we");
-  }
-  Printing(const Printing&) = delete;
-  Printing& operator=(const Printing&) = delete;
-  ~Printing() {
-    if (pipe_ != nullptr) ::pclose(pipe_);
-  }
-
-  // False when nobody takes it any more.
-  bool print(const std::string& text) {
-    FILE* const out = pipe_ == nullptr ? stdout : pipe_;
-    // Nothing found on a machine may steer a terminal.
-    std::string shown = text;
-    for (char& c : shown) {
-      const bool is_control = static_cast<unsigned char>(c) < ' ' && c != '\n' && c != '\t';
-      if (is_terminal_ && is_control) c = '?';
-    }
-    return std::fwrite(shown.data(), 1, shown.size(), out) == shown.size() &&
-           (pipe_ != nullptr || std::fflush(out) == 0);
-  }
-
- private:
-  bool is_terminal_;
-  FILE* pipe_ = nullptr;
-};
 
 // Prints the lines of the part as they come by.
 class PartPrinter {

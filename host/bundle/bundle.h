@@ -2,9 +2,9 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
 #include <string>
-#include <string_view>
+
+#include "bundle/entries.h"
 
 namespace host {
 
@@ -13,20 +13,19 @@ class Bundle {
   // Throws Failure for what is there neither as folder nor as file.
   explicit Bundle(std::filesystem::path path);
 
-  // Takes a part of a file; false when it wants no more.
-  using Take = std::function<bool(std::string_view bytes)>;
-
   // Hands out a file, from its beginning on. Throws Failure when there is none of this name, or it
   // cannot be read to its end.
-  void read(const std::string& file, const Take& take) const;
+  void read(const std::string& file, const TakeBytes& take) const;
+
+  // Hands out all files, whatever their order.
+  void read_all(const TakeFile& take) const;
 
   // A whole file, which must not be a large one.
   [[nodiscard]] std::string text_of(const std::string& file) const;
 
- private:
-  [[nodiscard]] bool read_from_folder(const std::string& file, const Take& take) const;
-  [[nodiscard]] bool read_from_archive(const std::string& file, const Take& take) const;
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
 
+ private:
   std::filesystem::path path_;
 };
 
