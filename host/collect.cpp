@@ -14,6 +14,7 @@
 
 #include "bundle/archive.h"
 #include "bundle/masking.h"
+#include "page/page.h"
 #include "report/file_findings.h"
 #include "result/collection.h"
 #include "result/manifest.h"
@@ -254,12 +255,14 @@ class Collecting {
     bool is_written = summary_->write(summary_of(collection, problems));
     is_written = write_manifest(collection, problems) && is_written;
     tell(collection, problems, is_written);
+    const bool has_page = add_page(collection, problems);
     const bool may_go = is_written && contents.masking.failed.empty();
     const std::filesystem::path archive = may_go ? pack_folder(contents) : "";
     const std::filesystem::path made = archive.empty() ? folder_.path() : archive;
     std::cout << without_controls(made.string()) << "\n" << std::flush;
     if (!std::cout) progress_.say("Standard output does not take the path of the collection");
-    const bool is_whole = may_go && (format_ == nullptr || !archive.empty()) && std::cout;
+    const bool is_whole =
+        may_go && has_page && (format_ == nullptr || !archive.empty()) && std::cout;
     const int status = is_whole && collection.is_complete() ? kComplete : kPartial;
     progress_.end(status, archive.empty() ? "folder" : "archive", made.string());
     return status;
@@ -276,9 +279,11 @@ class Collecting {
   // The archive; the folder goes once that is whole. Empty where none is made.
   std::filesystem::path pack_folder(const Contents& contents) {
     if (format_ == nullptr) return {};
+    // What is read first stands first.
     std::vector<std::string> files{kSummaryFile, kManifestFile};
+    if (folder_.size_of(kPageFile) > 0) files.emplace_back(kPageFile);
     for (const std::string& file : contents.files) {
-      if (file != kSummaryFile && file != kManifestFile) files.push_back(file);
+      if (std::ranges::count(files, file) == 0) files.push_back(file);
     }
     try {
       std::filesystem::path archive = pack(folder_, files, *format_, signals_);
@@ -298,6 +303,17 @@ class Collecting {
     return std::any_of(kDetails.begin(), kDetails.end(), [&](Detail detail) {
       return manifest_->write(manifest_of(collection, problems, detail));
     });
+  }
+
+  // What cannot be shown in a browser stands in the files all the same.
+  [[nodiscard]] bool add_page(const Collection& collection, const std::vector<Problem>& problems) {
+    try {
+      write_page(folder_, collection, problems);
+      return true;
+    } catch (const std::exception& error) {
+      progress_.say(std::string("There is no ") + kPageFile + ": " + error.what());
+      return false;
+    }
   }
 
   // What the person at the machine should know without opening anything.

@@ -12,6 +12,7 @@
 #include "bundle/masking.h"
 #include "bundle/unpack.h"
 #include "collect.h"
+#include "page/page.h"
 #include "result/collection.h"
 #include "result/manifest.h"
 #include "support/failure.h"
@@ -56,6 +57,8 @@ void mask(const OutputFolder& folder, Contents& contents, Masker& masker,
   auto manifest =
       nlohmann::ordered_json::parse(read_all(folder, kManifestFile), nullptr, /*exceptions=*/false);
   if (!manifest.is_object()) throw Failure(std::string(kManifestFile) + " in it cannot be read");
+  // In a page quotes and the like are written otherwise: no rule would find all secrets there.
+  folder.remove(kPageFile);
   mask_names(folder, masker);
   folder.tidy_names();
   contents = list(folder);

@@ -27,7 +27,7 @@ void write_title(std::ostream& out, const std::string& title) {
   out << "\n" << title << "\n" << std::string(title.size(), '=') << "\n";
 }
 
-// A name and what is to say of it, further lines below the first.
+// A field, further lines below the first.
 void write_field(std::ostream& out, const std::string& name, const std::string& value) {
   constexpr std::size_t kNameWidth = 12;
   std::string label = name;
@@ -84,33 +84,6 @@ std::string masks_text(const Masking& masking) {
                   : counted(all, "mask") + " (" + rules + "); see " + masking.list;
 }
 
-void write_head(std::ostream& out, const Collection& collection) {
-  write_field(out, "Machine", collection.host);
-  if (!collection.label.empty()) write_field(out, "Label", collection.masked(collection.label));
-  write_field(out, "Collected",
-              time_text(collection.started) + ", in " + seconds_text(collection.seconds) +
-                  " s, by " +
-                  (collection.user.empty() ? "a user without a name" : collection.user));
-  write_field(
-      out, "With",
-      "sit " + collection.tool_version + ", plug-in " +
-          (collection.plugin_version.empty() ? "of unknown version" : collection.plugin_version));
-  write_field(out, "Options",
-              collection.options.empty()
-                  ? "none"
-                  : collection.masked(joined(quoted(collection.options), " ")));
-  write_field(out, "Root",
-              (collection.is_root ? "yes" : "no: what only root may see is not here") +
-                  denied_text(collection));
-  for (const Row& row : collection.rows) {
-    if (row.step.kind->work == Work::kDiscovery)
-      write_field(out, "Products", collection.masked(row.why));
-  }
-  if (!collection.note.empty()) write_field(out, "Note", collection.note);
-  write_field(out, "Secrets", masks_text(collection.contents.masking));
-  write_field(out, "Outcome", verdict_of(collection));
-}
-
 void write_problems(std::ostream& out, const Collection& collection,
                     const std::vector<Problem>& problems) {
   write_title(out, "MISSING OR WRONG");
@@ -147,29 +120,6 @@ std::string uptime_text(double seconds) {
 std::string states_text(const char* what, const std::vector<std::string>& names) {
   if (names.empty()) return std::string("none ") + what;
   return std::to_string(names.size()) + " " + what + " (" + joined(names, ", ") + ")";
-}
-
-void write_machine(std::ostream& out, const Glance& glance) {
-  write_title(out, "THE MACHINE");
-  if (glance.uptime < 0) {
-    out << "Not looked at.\n";
-    return;
-  }
-  write_field(out, "Up", uptime_text(glance.uptime));
-  write_field(out, "Load", glance.load + " on " + counted(glance.cores, "core"));
-  write_field(
-      out, "Memory",
-      size_text(glance.memory) + ", of which " + size_text(glance.memory_available) + " available");
-  write_field(out, "Swap",
-              glance.swap == 0
-                  ? "none"
-                  : size_text(glance.swap) + ", of which " + size_text(glance.swap_free) + " free");
-  write_field(out, "Over 90 %", glance.full.empty() ? "no file system" : joined(glance.full, ", "));
-  write_field(out, "Processes",
-              std::to_string(glance.processes) + ", " + states_text("waiting (D)", glance.waiting) +
-                  ", " + states_text("ended but not taken (Z)", glance.zombies));
-  const char* clock = glance.clock_is_synchronised ? "synchronised" : "NOT synchronised";
-  write_field(out, "Clock", glance.clock_is_known ? clock : "not known");
 }
 
 std::string table_row(const std::string& outcome, const std::string& seconds,
@@ -216,6 +166,55 @@ void write_rows(std::ostream& out, const Collection& collection) {
 
 }  // namespace
 
+std::vector<Field> head_of(const Collection& collection) {
+  std::vector<Field> fields;
+  const auto add = [&fields](const char* name, const std::string& value) {
+    fields.push_back({name, value});
+  };
+  add("Machine", collection.host);
+  if (!collection.label.empty()) add("Label", collection.masked(collection.label));
+  add("Collected", time_text(collection.started) + ", in " + seconds_text(collection.seconds) +
+                       " s, by " +
+                       (collection.user.empty() ? "a user without a name" : collection.user));
+  add("With",
+      "sit " + collection.tool_version + ", plug-in " +
+          (collection.plugin_version.empty() ? "of unknown version" : collection.plugin_version));
+  add("Options", collection.options.empty()
+                     ? "none"
+                     : collection.masked(joined(quoted(collection.options), " ")));
+  add("Root", (collection.is_root ? "yes" : "no: what only root may see is not here") +
+                  denied_text(collection));
+  for (const Row& row : collection.rows) {
+    if (row.step.kind->work == Work::kDiscovery) add("Products", collection.masked(row.why));
+  }
+  if (!collection.note.empty()) add("Note", collection.note);
+  add("Secrets", masks_text(collection.contents.masking));
+  add("Outcome", verdict_of(collection));
+  return fields;
+}
+
+std::vector<Field> machine_of(const Glance& glance) {
+  std::vector<Field> fields;
+  const auto add = [&fields](const char* name, const std::string& value) {
+    fields.push_back({name, value});
+  };
+  if (glance.uptime < 0) return fields;
+  add("Up", uptime_text(glance.uptime));
+  add("Load", glance.load + " on " + counted(glance.cores, "core"));
+  add("Memory",
+      size_text(glance.memory) + ", of which " + size_text(glance.memory_available) + " available");
+  add("Swap", glance.swap == 0
+                  ? "none"
+                  : size_text(glance.swap) + ", of which " + size_text(glance.swap_free) + " free");
+  add("Over 90 %", glance.full.empty() ? "no file system" : joined(glance.full, ", "));
+  add("Processes", std::to_string(glance.processes) + ", " +
+                       states_text("waiting (D)", glance.waiting) + ", " +
+                       states_text("ended but not taken (Z)", glance.zombies));
+  const char* clock = glance.clock_is_synchronised ? "synchronised" : "NOT synchronised";
+  add("Clock", glance.clock_is_known ? clock : "not known");
+  return fields;
+}
+
 std::string verdict_of(const Collection& collection) {
   if (collection.is_complete()) return "Complete";
   const auto faulty = std::count_if(collection.rows.begin(), collection.rows.end(),
@@ -231,9 +230,12 @@ std::string verdict_of(const Collection& collection) {
 std::string summary_of(const Collection& collection, const std::vector<Problem>& problems) {
   std::ostringstream out;
   out << "SIT COLLECTION\n==============\n";
-  write_head(out, collection);
+  for (const auto& [name, value] : head_of(collection)) write_field(out, name, value);
   write_problems(out, collection, problems);
-  write_machine(out, collection.glance);
+  write_title(out, "THE MACHINE");
+  const std::vector<Field> machine = machine_of(collection.glance);
+  if (machine.empty()) out << "Not looked at.\n";
+  for (const auto& [name, value] : machine) write_field(out, name, value);
   write_rows(out, collection);
   return out.str();
 }

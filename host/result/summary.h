@@ -8,6 +8,16 @@
 
 namespace host {
 
+// A name and what is to say of it.
+struct Field {
+  std::string name;
+  std::string value;
+};
+
+// What the summary tells of the collection as such, and of the machine.
+[[nodiscard]] std::vector<Field> head_of(const Collection& collection);
+[[nodiscard]] std::vector<Field> machine_of(const Glance& glance);
+
 [[nodiscard]] std::string summary_of(const Collection& collection,
                                      const std::vector<Problem>& problems);
 
