@@ -146,6 +146,9 @@ void describe(CLI::App& app, CommandLine& line) {
   line.collect.limits.jobs = usual_jobs();
   add_plugin_option(app, line);
   app.add_flag("--version", line.version, "print the plug-in's version");
+  app.add_option("--completion", line.completion, "print what a shell needs to complete words")
+      ->type_name("bash|zsh|fish")
+      ->check(CLI::IsMember({"bash", "zsh", "fish"}));
   app.require_subcommand(0, 1);
 
   CLI::App* collect = app.add_subcommand("collect", "write this machine's reports into an archive");

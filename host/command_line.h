@@ -23,6 +23,7 @@ struct CommandLine {
   bool independent = false;
   std::string call_name;
   RemaskOptions remask;
+  std::string completion;  // the shell
   ShowOptions show;
   DiffOptions diff;
 };

@@ -14,6 +14,7 @@
 #include "catalogue.h"
 #include "collect.h"
 #include "command_line.h"
+#include "completion.h"
 #include "diff/diff.h"
 #include "plugin.h"
 #include "remask.h"
@@ -24,6 +25,7 @@
 namespace {
 
 int run_chosen(const CLI::App& app, host::CommandLine& line) {
+  if (!line.completion.empty()) return host::print_completion(app, line.completion);
   if (app.got_subcommand("list")) {
     host::list_catalogue();
     return 0;
@@ -57,7 +59,7 @@ int run(int argc, char** argv) {
   host::describe(app, line);
   try {
     app.parse(argc, argv);
-    if (!line.version && app.get_subcommands().empty()) {
+    if (!line.version && line.completion.empty() && app.get_subcommands().empty()) {
       throw host::UsageError("nothing to do; try sit --help");
     }
     host::complete(line, {argv + 1, argv + argc});

@@ -11,12 +11,12 @@ namespace host {
 
 std::filesystem::path find_plugin() {
   const auto here = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-  const std::array candidates{here / "libsit.so", here.parent_path() / "lib" / "libsit.so",
-                              here.parent_path() / SIT_LIBRARY_DIRECTORY / "libsit.so"};
-  for (const auto& candidate : candidates) {
-    if (std::filesystem::exists(candidate)) return candidate;
+  const std::array folders{here, here.parent_path() / "lib",
+                           here.parent_path() / SIT_LIBRARY_DIRECTORY};
+  for (const auto& folder : folders) {
+    if (std::filesystem::exists(folder / SIT_LIBRARY_NAME)) return folder / SIT_LIBRARY_NAME;
   }
-  throw Failure("cannot find libsit.so beside " + here.string() +
+  throw Failure("cannot find " SIT_LIBRARY_NAME " beside " + here.string() +
                 "/sit or in ../lib; use --plugin");
 }
 

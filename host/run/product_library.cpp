@@ -7,6 +7,7 @@
 #include <array>
 #include <charconv>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <string_view>
 #include <vector>
@@ -63,7 +64,9 @@ bool is_own(std::string_view path) noexcept {
 
 void note_own_libraries(const std::string& plugin) {
   OwnLibraries& libraries = own();
-  libraries.paths = {plugin};
+  // As the list of mappings has it, whatever links lead there.
+  std::error_code missing;
+  libraries.paths = {std::filesystem::weakly_canonical(plugin, missing).string()};
   std::ifstream maps("/proc/self/maps");
   for (std::string line; std::getline(maps, line);) {
     const Mapping mapping = read_mapping(line);

@@ -10,11 +10,12 @@ namespace fs = std::filesystem;
 
 fs::path data_file(const std::string& name) {
   const fs::path here = fs::read_symlink("/proc/self/exe").parent_path();
-  for (const fs::path& candidate : {here / name, here / SIT_DATA_DIRECTORY / name}) {
+  for (const fs::path& candidate :
+       {here / name, here / SIT_DATA_DIRECTORY / name, fs::path("/etc/sit") / name}) {
     if (fs::exists(candidate)) return candidate;
   }
   throw Failure("cannot find " + name + " beside " + here.string() + "/sit or in " +
-                SIT_DATA_DIRECTORY);
+                SIT_DATA_DIRECTORY " or in /etc/sit");
 }
 
 std::vector<fs::path> data_files(const std::string& name, const std::string& folder,

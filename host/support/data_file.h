@@ -7,7 +7,8 @@
 
 namespace host {
 
-// Where a file of this name stands: beside the program, or where it is installed. Throws Failure.
+// Where a file of this name stands: beside the program, where it is installed, or in /etc/sit,
+// where people may change it. Throws Failure.
 [[nodiscard]] std::filesystem::path data_file(const std::string& name);
 
 // That file, those named *.yaml in /etc/sit/`folder`, in order, then `more`.
