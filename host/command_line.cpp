@@ -177,6 +177,14 @@ void describe(CLI::App& app, CommandLine& line) {
   add_repeated(*diff, "--rules", line.diff.rules, "a file that tells of more that does not matter",
                "FILE");
 
+  CLI::App* fleet = app.add_subcommand("fleet", "write a page about the collections in a folder");
+  fleet->add_option("folder", line.fleet.folder, "of archives and folders, however they came there")
+      ->required();
+  fleet->add_option("--output", line.fleet.output, "where text and data are written instead")
+      ->type_name("DIR");
+  add_repeated(*fleet, "--rules", line.fleet.rules, "a file that tells what makes findings alike",
+               "FILE");
+
   CLI::App* call = app.add_subcommand("call", "call one function of the catalogue");
   add_plugin_option(*call, line);
   call->add_flag("--verbose", line.collect.settings.verbose, "diagnostic lines in the report");

@@ -9,6 +9,7 @@
 
 #include "collect.h"
 #include "diff/diff.h"
+#include "fleet/fleet.h"
 #include "remask.h"
 #include "show.h"
 
@@ -26,6 +27,7 @@ struct CommandLine {
   std::string completion;  // the shell
   ShowOptions show;
   DiffOptions diff;
+  FleetOptions fleet;
 };
 
 // Has `app` read the command line into `line`, the chosen subcommand included.

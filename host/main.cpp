@@ -16,6 +16,7 @@
 #include "command_line.h"
 #include "completion.h"
 #include "diff/diff.h"
+#include "fleet/fleet.h"
 #include "plugin.h"
 #include "remask.h"
 #include "show.h"
@@ -33,6 +34,7 @@ int run_chosen(const CLI::App& app, host::CommandLine& line) {
   if (app.got_subcommand("mask")) return host::remask(line.remask);
   if (app.got_subcommand("show")) return host::show(line.show);
   if (app.got_subcommand("diff")) return host::diff(line.diff);
+  if (app.got_subcommand("fleet")) return host::fleet(line.fleet);
   const std::filesystem::path path =
       line.plugin ? std::filesystem::absolute(*line.plugin) : host::find_plugin();
   if (app.got_subcommand("collect")) {

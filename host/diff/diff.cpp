@@ -2,6 +2,7 @@
 
 #include <map>
 #include <nlohmann/json.hpp>
+#include <set>
 
 #include "bundle/bundle.h"
 #include "diff/noise.h"
@@ -71,42 +72,40 @@ class Difference {
   void compare_rows(const std::map<std::string, std::string>& before,
                     const std::map<std::string, std::string>& after) {
     std::string told;
+    const auto tell = [&](char sign, const std::string& id, const std::string& outcome) {
+      told += line_of(sign, std::string(id).append(": ").append(outcome));
+      ++rows_;
+    };
     for (const auto& [id, outcome] : after) {
       const auto old = before.find(id);
       if (old == before.end()) {
-        told += line_of('+', id + ": " + outcome);
+        tell('+', id, outcome);
       } else if (old->second != outcome) {
-        told += line_of(' ', id + ": " + old->second + " -> " + outcome);
-      } else {
-        continue;
+        tell(' ', id, std::string(old->second).append(" -> ").append(outcome));
       }
-      ++rows_;
     }
     for (const auto& [id, outcome] : before) {
-      if (after.contains(id)) continue;
-      told += line_of('-', id + ": " + outcome);
-      ++rows_;
+      if (!after.contains(id)) tell('-', id, outcome);
     }
-    if (!told.empty()) text_ += "\nROWS\n" + told;
+    if (!told.empty()) text_.append("\nROWS\n").append(told);
   }
 
   void compare_sections(const Sections& before, const Sections& after) {
+    std::set<Sections::key_type> names;
+    for (const Sections* sections : {&before, &after}) {
+      for (const auto& [name, section] : *sections) names.insert(name);
+    }
     const ComparedSection none;
-    Sections::key_type key;
-    auto left = before.begin();
-    auto right = after.begin();
-    while (left != before.end() || right != after.end()) {
-      const bool is_gone =
-          right == after.end() || (left != before.end() && left->first < right->first);
-      const bool is_new =
-          left == before.end() || (right != after.end() && right->first < left->first);
-      const Sections::key_type& name = is_gone ? left->first : right->first;
-      const char* only = is_gone  ? " (only in the old one)"
-                         : is_new ? " (only in the new one)"
-                                  : "";
-      compare(name, only, is_new ? none : left->second, is_gone ? none : right->second);
-      if (!is_new) ++left;
-      if (!is_gone) ++right;
+    for (const Sections::key_type& name : names) {
+      const auto left = before.find(name);
+      const auto right = after.find(name);
+      if (left == before.end()) {
+        compare(name, " (only in the new one)", none, right->second);
+      } else if (right == after.end()) {
+        compare(name, " (only in the old one)", left->second, none);
+      } else {
+        compare(name, "", left->second, right->second);
+      }
     }
   }
 
@@ -177,7 +176,7 @@ std::string head_of(const char* name, const json& manifest) {
 }  // namespace
 
 int diff(const DiffOptions& options) {
-  const NoiseRules rules = NoiseRules::load(options.rules);
+  const NoiseRules rules = NoiseRules::load("diff.yaml", "diff.d", options.rules);
   const Bundle before(options.old_bundle);
   const Bundle after(options.new_bundle);
   Difference difference;

@@ -63,9 +63,10 @@ bool Noise::is_ignored() const {
   return std::ranges::any_of(rules_, [](const NoiseRule* rule) { return rule->is_ignored; });
 }
 
-NoiseRules NoiseRules::load(const std::vector<std::string>& more) {
+NoiseRules NoiseRules::load(const std::string& name, const std::string& folder,
+                            const std::vector<std::string>& more) {
   NoiseRules all;
-  for (const std::filesystem::path& path : data_files("diff.yaml", "diff.d", more)) {
+  for (const std::filesystem::path& path : data_files(name, folder, more)) {
     RuleFile(path, "rules", {"noise"})
         .each("noise",
               {"name", "file", "section", "replace", "by", "drop", "unordered", "ignore", "same",

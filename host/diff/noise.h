@@ -36,9 +36,11 @@ class Noise {
 
 class NoiseRules {
  public:
-  // Those that come with the program, those of /etc/sit/diff.d, and these files. Throws UsageError,
-  // naming file and rule, for one that cannot be used: each must do what its examples say.
-  [[nodiscard]] static NoiseRules load(const std::vector<std::string>& more);
+  // Those that come with the program in the file of this name, those of /etc/sit/`folder`, and
+  // these files. Throws UsageError, naming file and rule, for one that cannot be used: each must do
+  // what its examples say.
+  [[nodiscard]] static NoiseRules load(const std::string& name, const std::string& folder,
+                                       const std::vector<std::string>& more);
 
   [[nodiscard]] Noise of(const std::string& file, const std::string& section) const;
 
