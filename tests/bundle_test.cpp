@@ -37,7 +37,8 @@ TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
     EXPECT_EQ(run("cd " + path("out") + " && sha256sum -c *.sha256").output, name + ": OK\n");
     EXPECT_EQ(run("stat -c %a " + path("out") + "/*").output, "600\n600\n");
     EXPECT_EQ(unpack(made),
-              "summary.txt\nmanifest.json\nindex.html\nmasked.txt\ncapture-seq/d/left\ncapture-seq/index.txt\n"
+              "summary.txt\nmanifest.json\nindex.html\nmasked.txt\ncapture-seq/d/left\ncapture-seq/"
+              "index.txt\n"
               "capture-seq/output.txt\n");
     EXPECT_EQ(test::without_header(test::read_file(path("unpacked/capture-seq/output.txt"))),
               run("seq 50000").output + "\n==End of Log==\n");
@@ -61,12 +62,13 @@ TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
     const Collected made = collect("--format gz " + cap + capture);
     EXPECT_EQ(made.status, 1);
     EXPECT_EQ(unpack(made),
-              "summary.txt\nmanifest.json\nindex.html\nmasked.txt\ncapture-seq/hard\ncapture-seq/index.txt\n"
+              "summary.txt\nmanifest.json\nindex.html\nmasked.txt\ncapture-seq/hard\ncapture-seq/"
+              "index.txt\n"
               "capture-seq/output.txt\n");
     const fs::path folder = path("unpacked");
-    EXPECT_LE(
-        fs::file_size(folder / "capture-seq/output.txt") + fs::file_size(folder / "capture-seq/hard"),
-        most);
+    EXPECT_LE(fs::file_size(folder / "capture-seq/output.txt") +
+                  fs::file_size(folder / "capture-seq/hard"),
+              most);
     const auto manifest = nlohmann::json::parse(test::read_file(folder / "manifest.json"));
     EXPECT_EQ(manifest.at("complete"), false);
     EXPECT_EQ(manifest.at("cuts").size(), 2U);

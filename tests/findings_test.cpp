@@ -45,11 +45,11 @@ TEST_F(Findings, SeverityDecidesWhatItMeansForRowAndRun) {
 TEST_F(Findings, CopiedFilesAndCapturesAreLookedThrough) {
   static_cast<void>(sample_options("--healthy"));
   const std::string capture = "seq -f \"requests %.0f\" 200000; printf \"requests x\"";
-  const Collected made =
-      collect("--only logs --only capture --installation " + sample() + "/pel --capture '" +
-              capture + "' " +
-              file("files: '/portal[.]log$|^capture-.*/output', severity: failed, words: 'It says {1}', "
-                   "pattern: 'requests (.*)', matches: [requests 1]"));
+  const Collected made = collect(
+      "--only logs --only capture --installation " + sample() + "/pel --capture '" + capture +
+      "' " +
+      file("files: '/portal[.]log$|^capture-.*/output', severity: failed, words: 'It says {1}', "
+           "pattern: 'requests (.*)', matches: [requests 1]"));
   EXPECT_EQ(made.status, 0) << "the collecting itself lacks nothing";
   std::string found;
   for (const auto& problem : made.manifest.at("problems")) {

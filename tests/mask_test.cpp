@@ -17,7 +17,8 @@ class Mask : public test::CollectTest {
  protected:
   // What the capture of the file at path("text") gave.
   [[nodiscard]] static std::string captured(const Collected& made) {
-    const std::string text = test::without_header(read_file(made.folder / "capture-cat/output.txt"));
+    const std::string text =
+        test::without_header(read_file(made.folder / "capture-cat/output.txt"));
     return text.substr(0, text.rfind("\n==End of Log==\n"));
   }
   [[nodiscard]] std::string capture() const {
