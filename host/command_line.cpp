@@ -147,7 +147,7 @@ void describe(CLI::App& app, CommandLine& line) {
   add_plugin_option(app, line);
   app.add_flag("--version", line.version, "print the plug-in's version");
   app.add_option("--completion", line.completion, "print what a shell needs to complete words")
-      ->type_name("bash|zsh|fish")
+      ->type_name("SHELL")
       ->check(CLI::IsMember({"bash", "zsh", "fish"}));
   app.require_subcommand(0, 1);
 

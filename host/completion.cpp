@@ -63,6 +63,7 @@ std::string joined(const std::vector<std::string>& texts, const char* between = 
 
 std::string texts_of(const std::vector<Word>& words) {
   std::vector<std::string> texts;
+  texts.reserve(words.size());
   for (const Word& word : words) texts.push_back(word.text);
   return joined(texts);
 }

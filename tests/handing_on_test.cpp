@@ -18,7 +18,7 @@ class HandingOn : public test::SitTest {
     ASSERT_EQ(run("cmake --install " BUILD " --prefix " + path("usr") + " 2>&1").status, 0);
   }
   // A block of README in this language, which begins with this line.
-  [[nodiscard]] std::string example(const std::string& language, const std::string& start) const {
+  [[nodiscard]] static std::string example(const std::string& language, const std::string& start) {
     const std::string text = test::read_file(SOURCE "/README.md");
     const std::size_t begin = text.find("```" + language + "\n" + start);
     if (begin == std::string::npos) return "";

@@ -60,6 +60,23 @@ void write_title(std::ostream& out, const std::string& title) {
   out << "\n" << title << "\n" << std::string(title.size(), '=') << "\n";
 }
 
+void write_machine(std::ostream& out, const Machine& machine) {
+  out << printable(machine.name) << ": " << text_of(machine.state)
+      << (machine.why.empty() ? "" : ", " + printable(machine.why)) << ", "
+      << counted(machine.findings.size(), "finding")
+      << (machine.started.empty() ? "" : ", " + printable(machine.started))
+      << (machine.bundle.empty() ? "" : ", " + printable(machine.bundle)) << "\n";
+}
+
+void write_difference(std::ostream& out, const Difference& difference) {
+  out << difference.fact << "\n";
+  for (std::size_t i = 0; i < std::min(difference.values.size(), kMostValues); ++i) {
+    const auto& [value, names] = difference.values[i];
+    out << "    " << names.size() << "  " << printable(value.empty() ? "none" : value) << ": "
+        << printable(names_of(names)) << "\n";
+  }
+}
+
 std::string text_of_fleet(const Picture& picture) {
   std::ostringstream out;
   out << "SIT FLEET\n=========\n" << picture.verdict() << "\n";
@@ -72,22 +89,9 @@ std::string text_of_fleet(const Picture& picture) {
   }
   write_title(out, "WHERE MACHINES DIFFER");
   if (picture.differences.empty()) out << "Nowhere.\n";
-  for (const Difference& difference : picture.differences) {
-    out << difference.fact << "\n";
-    for (std::size_t i = 0; i < std::min(difference.values.size(), kMostValues); ++i) {
-      const auto& [value, names] = difference.values[i];
-      out << "    " << names.size() << "  " << printable(value.empty() ? "none" : value) << ": "
-          << printable(names_of(names)) << "\n";
-    }
-  }
+  for (const Difference& difference : picture.differences) write_difference(out, difference);
   write_title(out, "MACHINES");
-  for (const Machine& machine : picture.fleet.machines) {
-    out << printable(machine.name) << ": " << text_of(machine.state)
-        << (machine.why.empty() ? "" : ", " + printable(machine.why)) << ", "
-        << counted(machine.findings.size(), "finding")
-        << (machine.started.empty() ? "" : ", " + printable(machine.started))
-        << (machine.bundle.empty() ? "" : ", " + printable(machine.bundle)) << "\n";
-  }
+  for (const Machine& machine : picture.fleet.machines) write_machine(out, machine);
   for (const std::string& passed : picture.fleet.passed) {
     out << "passed over, for there is a newer one of its machine: " << printable(passed) << "\n";
   }

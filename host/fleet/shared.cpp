@@ -20,6 +20,7 @@ std::vector<SharedFinding> shared_findings(const std::vector<Machine>& machines,
     }
   }
   std::vector<SharedFinding> all;
+  all.reserve(alike.size());
   for (auto& [reduced, shared] : alike) all.push_back(std::move(shared));
   std::ranges::stable_sort(all, [](const SharedFinding& a, const SharedFinding& b) {
     return a.machines.size() > b.machines.size();
