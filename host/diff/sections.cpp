@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string_view>
 
+#include "page/page.h"
 #include "result/collection.h"
 #include "support/lines.h"
 
@@ -32,8 +33,7 @@ std::map<std::string, Titles> titles_of(const json& manifest) {
 }
 
 bool tells_of_others(const std::string& file) {
-  return file == kSummaryFile || file == kManifestFile || file == "masked.txt" ||
-         file == "index.html";
+  return file == kSummaryFile || file == kManifestFile || file == "masked.txt" || file == kPageFile;
 }
 
 // Sorts the lines of one file into its sections.

@@ -133,7 +133,7 @@ class Page {
     for (const Section& section : row.report->sections()) {
       if (section.line == 0 || section.title.empty()) continue;
       Data one;
-      one.set("title", printable(section.title));
+      one.set("title", printable(collection_.masked(section.title)));
       one.set("line", std::to_string(section.line));
       one.set("outcome", text_of(section.outcome));
       one.set("class", is_fault(section.outcome) ? "bad" : "good");
