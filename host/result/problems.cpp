@@ -86,6 +86,24 @@ class Problems {
          row.bytes > 0 ? row.step.file : ""});
   }
 
+  // What the files tell beside the reports, and which of them do not go home whole.
+  void add_files(const Collection& collection) {
+    for (const auto& [file, finding] : collection.in_files) {
+      add({rank_of(finding), finding.text, file, finding.line});
+    }
+    for (const Cut& cut : collection.contents.cuts) {
+      if (!cut.is_meant) add(problem_of(cut));
+    }
+    for (const std::string& file : collection.contents.masking.no_texts) {
+      add({kUnreadable, file + (collection.contents.goes_into_archive
+                                    ? " is left out: it is no text, and could not be masked"
+                                    : " is no text: secrets in it are not masked")});
+    }
+    for (const Absent& absent : collection.contents.absent) {
+      add({kUnreadable, absent.name + " is not in the archive: " + absent.why});
+    }
+  }
+
   [[nodiscard]] bool tell_of(const std::string& command) const {
     return std::any_of(all_.begin(), all_.end(), [&command](const Problem& problem) {
       return problem.text.find("\"" + command + "\"") != std::string::npos;
@@ -147,20 +165,7 @@ std::vector<Problem> problems_of(const Collection& collection) {
     problems.add({kCommandEnded, "\"" + command.command_line + "\" " + command.end + " after " +
                                      seconds_text(command.seconds) + " s"});
   }
-  for (const auto& [file, finding] : collection.in_files) {
-    problems.add({rank_of(finding), finding.text, file, finding.line});
-  }
-  for (const Cut& cut : collection.contents.cuts) {
-    if (!cut.is_meant) problems.add(problem_of(cut));
-  }
-  for (const std::string& file : collection.contents.masking.no_texts) {
-    problems.add({kUnreadable, file + (collection.contents.goes_into_archive
-                                           ? " is left out: it is no text, and could not be masked"
-                                           : " is no text: secrets in it are not masked")});
-  }
-  for (const Absent& absent : collection.contents.absent) {
-    problems.add({kUnreadable, absent.name + " is not in the archive: " + absent.why});
-  }
+  problems.add_files(collection);
   return problems.take();
 }
 
