@@ -307,9 +307,10 @@ TEST_F(SickMachine, NamesFoundOnTheMachineLeadNowhere) {
 }
 
 TEST_F(SickMachine, FolderMayBeMovedMeanwhile) {
-  const Collected made = collect("--only capture --capture 'sleep 1; echo late'",
-                                 "(sleep 0.5; mv " + path("out/") + "sit-* " + path("moved") +
-                                     "; mkdir -p " + path("out/") + "sit-trap) &");
+  const Collected made = collect(
+      "--only capture --capture 'sleep 1; echo late'",
+      "(until ls " + path("out/") + "sit-*/capture-sleep; do sleep 0.1; done >/dev/null 2>&1; mv " +
+          path("out/") + "sit-* " + path("moved") + "; mkdir -p " + path("out/") + "sit-trap) &");
   EXPECT_EQ(made.status, 0);
   EXPECT_EQ(made.printed, path("moved") + "\n");
   EXPECT_NE(read_file(path("moved/capture-sleep/output.txt")).find("late\n"), std::string::npos);
