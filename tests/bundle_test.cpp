@@ -1,26 +1,20 @@
 // The archive that "sit collect" makes of a collection.
-#include <sys/mount.h>
-#include <sys/stat.h>
 
 #include "support/collection.h"
 
+namespace test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Collected;
-using test::run;
-
-class Bundle : public test::CollectTest {
+class Bundle : public CollectTest {
  protected:
   // Unpacks the archive whose path was printed into path("unpacked"); returns the names in it.
   [[nodiscard]] std::string unpack(const Collected& made) const {
-    return run("mkdir " + path("unpacked") + " && tar xvf " + line_of(made) + " -C " +
-               path("unpacked") + " --strip-components 1 | sed 's:^[^/]*/::'")
+    return run("cd " + path("") + " && rm -rf unpacked && mkdir unpacked && tar xvf " +
+               made.archive() + " -C " + path("unpacked") +
+               " --strip-components 1 | sed 's:^[^/]*/::'")
         .output;
   }
-  [[nodiscard]] static std::string line_of(const Collected& made) {
-    return made.printed.substr(0, made.printed.find('\n'));
-  }
+  [[nodiscard]] static std::string line_of(const Collected& made) { return made.archive(); }
   [[nodiscard]] std::string left() const { return run("ls -A " + path("out")).output; }
 };
 
@@ -30,8 +24,8 @@ TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
   for (const std::string format : {"xz", "gz", "zst"}) {
     const Collected made = collect("--format " + format + lasting);
     EXPECT_EQ(made.status, 0) << made.said;
-    const std::string archive = line_of(made);
-    EXPECT_TRUE(archive.ends_with(".tar." + format)) << archive;
+    const std::string archive = made.archive();
+    EXPECT_THAT(archive, EndsWith(".tar." + format));
     const std::string name = fs::path(archive).filename();
     EXPECT_EQ(left(), name + "\n" + name + ".sha256\n") << "the folder goes";
     EXPECT_EQ(run("cd " + path("out") + " && sha256sum -c *.sha256").output, name + ": OK\n");
@@ -40,10 +34,8 @@ TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
               "summary.txt\nmanifest.json\nindex.html\nmasked.txt\ncapture-seq/d/left\ncapture-seq/"
               "index.txt\n"
               "capture-seq/output.txt\n");
-    EXPECT_EQ(test::without_header(test::read_file(path("unpacked/capture-seq/output.txt"))),
+    EXPECT_EQ(without_header(read_file(path("unpacked/capture-seq/output.txt"))),
               run("seq 50000").output + "\n==End of Log==\n");
-    fs::remove_all(path("out"));
-    fs::remove_all(path("unpacked"));
   }
   const Collected refused = collect("--format tgz");
   EXPECT_EQ(refused.status, 2);
@@ -51,7 +43,7 @@ TEST_F(Bundle, HoldsWhatTheFolderHeldInEachFormat) {
 }
 
 TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
-  test::write_file(path("foreign"), test::repeat("of somebody else\n", 5000));
+  write_file(path("foreign"), repeat("of somebody else\n", 5000));
   const std::string capture =
       " --only capture --capture 'seq 30000; mkfifo f; ln -s /etc/passwd l; ln " + path("foreign") +
       " hard'";
@@ -69,26 +61,24 @@ TEST_F(Bundle, LongFilesAreCutAndSaidAndLinksStayOut) {
     EXPECT_LE(fs::file_size(folder / "capture-seq/output.txt") +
                   fs::file_size(folder / "capture-seq/hard"),
               most);
-    const auto manifest = nlohmann::json::parse(test::read_file(folder / "manifest.json"));
+    const auto manifest = json::parse(read_file(folder / "manifest.json"));
     EXPECT_EQ(manifest.at("complete"), false);
     EXPECT_EQ(manifest.at("cuts").size(), 2U);
     for (const auto& one : manifest.at("cuts")) {
-      const std::string text = test::read_file(folder / one.at("file").get<std::string>());
+      const std::string text = read_file(folder / one.at("file").get<std::string>());
       const std::string line = "\n[sit: " + one.at("left_out").dump() + " bytes of " +
                                one.at("bytes").dump() + " are left out here]\n";
-      EXPECT_NE(text.find(line), std::string::npos) << line;
+      EXPECT_THAT(text, HasSubstr(line)) << line;
     }
-    const std::string summary = test::read_file(folder / "summary.txt");
+    const std::string summary = read_file(folder / "summary.txt");
     for (const std::string& told : {cut, std::string("capture-seq/f is not in the archive"),
                                     std::string("capture-seq/l is not in the archive"),
                                     std::string("0 of 4 rows not ok; 2 files cut")}) {
-      EXPECT_NE(summary.find(told), std::string::npos) << summary;
+      EXPECT_THAT(summary, HasSubstr(told));
     }
-    const std::string output = test::read_file(folder / "capture-seq/output.txt");
-    EXPECT_NE(output.find("\n1\n2\n3\n"), std::string::npos);
-    EXPECT_TRUE(output.ends_with("\n30000\n\n==End of Log==\n"));
-    fs::remove_all(path("out"));
-    fs::remove_all(folder);
+    const std::string output = read_file(folder / "capture-seq/output.txt");
+    EXPECT_THAT(output, HasSubstr("\n1\n2\n3\n"));
+    EXPECT_THAT(output, EndsWith("\n30000\n\n==End of Log==\n"));
   }
   EXPECT_EQ(fs::file_size(path("foreign")), 85000U) << "what has another name is not cut there";
 }
@@ -97,40 +87,36 @@ TEST_F(Bundle, TakenNameStaysWhoseItIs) {
   const Collected made =
       collect("--format gz --only capture --capture 'ln -s / ${PWD%/*}.tar.gz.sha256'");
   EXPECT_EQ(made.status, 0) << made.said;
-  EXPECT_TRUE(made.printed.ends_with("-2.tar.gz\n")) << made.printed;
+  EXPECT_THAT(made.printed, EndsWith("-2.tar.gz\n"));
   EXPECT_EQ(run("ls " + path("out") + " | wc -l").output, "3\n");
-  EXPECT_EQ(run("tar tf " + line_of(made) + " | head -n 1").output,
-            fs::path(line_of(made)).stem().stem().string() + "/summary.txt\n");
+  EXPECT_EQ(run("tar tf " + made.archive() + " | head -n 1").output,
+            fs::path(made.archive()).stem().stem().string() + "/summary.txt\n");
 }
 
 TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
   const std::string said = path("said");
-  const test::Ran ended = run(HOST
-                              " collect --progress plain --only capture --unmasked --capture 'head "
-                              "-c 200000000 /dev/urandom' "
-                              "--max-file 1G --output " +
-                              path("out") + " 2>" + said + " & while ! grep -q summary.txt " +
-                              said + "; do sleep 0.1; done; kill $! && wait $!");
+  const Ran ended = run(HOST
+                        " collect --progress plain --only capture --unmasked --capture 'head "
+                        "-c 200000000 /dev/urandom' "
+                        "--max-file 1G --output " +
+                        path("out") + " 2>" + said + " & while ! grep -q summary.txt " + said +
+                        "; do sleep 0.1; done; kill $! && wait $!");
   EXPECT_EQ(ended.status, 1);
-  EXPECT_TRUE(test::read_file(said).find("The folder stays as it is, for no archive could be made: "
-                                         "ended by a signal") != std::string::npos)
-      << test::read_file(said);
+  EXPECT_TRUE(read_file(said).find("The folder stays as it is, for no archive could be made: "
+                                   "ended by a signal") != std::string::npos)
+      << read_file(said);
   EXPECT_EQ(path("out/") + left(), ended.output) << "nothing half made";
-  fs::remove_all(path("out"));
 
-  if (!test::mount_small(path("out"), "3m")) GTEST_SKIP() << "needs a mount namespace";
+  if (!mount_small(path("out"), "3m")) GTEST_SKIP() << "needs a mount namespace";
   const Collected full = collect(
       "--format xz --unmasked --only capture --capture 'head -c 800K /dev/urandom; "
       "head -c 800K /dev/urandom > left'");
   EXPECT_EQ(full.status, 1);
   EXPECT_EQ(full.printed, full.folder.string() + "\n");
-  EXPECT_NE(full.said.find("no archive could be made: No space left on device, on " + path("out") +
-                           " (tmpfs)\n"),
-            std::string::npos)
-      << full.said;
+  EXPECT_THAT(full.said, HasSubstr("no archive could be made: No space left on device, on " +
+                                   path("out") + " (tmpfs)\n"));
   EXPECT_EQ(left(), full.folder.filename().string() + "\n");
   EXPECT_EQ(full.manifest.at("complete"), true);
-  ::umount2(path("out").c_str(), MNT_DETACH);
 }
 
 TEST_F(Bundle, ShowsItsSummaryRowsAndSections) {
@@ -140,7 +126,7 @@ TEST_F(Bundle, ShowsItsSummaryRowsAndSections) {
   static_cast<void>(sample_options());
   for (const std::string format : {"none", "xz"}) {
     const Collected made = collect(options + "--format " + format);
-    const std::string bundle = line_of(made);
+    const std::string bundle = made.archive();
     const auto shown = [&bundle](const std::string& what) {
       return run(HOST " show " + bundle + " " + what).output;
     };
@@ -149,25 +135,25 @@ TEST_F(Bundle, ShowsItsSummaryRowsAndSections) {
       static_cast<void>(unpack(made));
       folder = path("unpacked");
     }
-    const std::string security = test::read_file(folder + "/10.1B/security.txt");
-    EXPECT_EQ(shown(""), test::read_file(folder + "/summary.txt"));
+    const std::string security = read_file(folder + "/10.1B/security.txt");
+    EXPECT_EQ(shown(""), read_file(folder + "/summary.txt"));
     EXPECT_EQ(shown("10.1B/security"), security);
     EXPECT_EQ(shown("10.1B/security.txt"), security);
-    EXPECT_EQ(shown("capture-seq"), test::read_file(folder + "/capture-seq/output.txt"));
+    EXPECT_EQ(shown("capture-seq"), read_file(folder + "/capture-seq/output.txt"));
     EXPECT_EQ(shown("keys"), security.substr(security.find("Keys\n====")));
     const std::string certificates = shown("CERTIF");
-    EXPECT_TRUE(certificates.starts_with("Certificates\n====")) << certificates;
+    EXPECT_THAT(certificates, StartsWith("Certificates\n===="));
     EXPECT_EQ(certificates + shown("keys"), security.substr(security.find("Certificates\n===")));
     EXPECT_EQ(shown("nosuch"), "sit: \"nosuch\" is no row, file or section of it\n");
     EXPECT_EQ(run(HOST " show " + bundle + " e").status, 2) << "more than one";
-    fs::remove_all(path("out"));
   }
-  test::write_file(path("a.tar.xz"), "no archive");
+  write_file(path("a.tar.xz"), "no archive");
   for (const std::string none : {"a.tar.xz", "tmp", "gone"}) {
-    const test::Ran ran = run(HOST " show " + path(none));
+    const Ran ran = run(HOST " show " + path(none));
     EXPECT_EQ(ran.status, 3);
-    EXPECT_TRUE(ran.output.starts_with("sit: " + path(none))) << ran.output;
+    EXPECT_THAT(ran.output, StartsWith("sit: " + path(none)));
   }
 }
 
 }  // namespace
+}  // namespace test

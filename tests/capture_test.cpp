@@ -1,20 +1,15 @@
 #include <unistd.h>
 
 #include <array>
-#include <filesystem>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::read_file;
-using test::write_file;
+std::string content(const std::string& report) { return without_header(read_file(report)); }
 
-namespace fs = std::filesystem;
-
-std::string content(const std::string& report) { return test::without_header(read_file(report)); }
-
-class Capturing : public test::SitTest {
+class Capturing : public SitTest {
  protected:
   void SetUp() override {
     SitTest::SetUp();
@@ -113,7 +108,7 @@ TEST_F(Capturing, TextsBeyondTheirCapacity) {
   const std::string command = "touch ran #" + std::string(499, 'x');
   EXPECT_EQ(run(command.c_str(), "o", index.c_str()), ENAMETOOLONG);
   EXPECT_EQ(content(index), "\nCommand: " + command + "\nOutput File: cap/o\n" +
-                                test::too_long("command", command, 509) + "\n");
+                                too_long("command", command, 509) + "\n");
   EXPECT_EQ(
       RunCommand("touch ran", "", 0, path("").c_str(), std::string(250, 'n').c_str(), "", nullptr),
       ENAMETOOLONG);
@@ -132,3 +127,4 @@ TEST_F(Capturing, WorkingDirectoryRemovedMeanwhile) {
 }
 
 }  // namespace
+}  // namespace test

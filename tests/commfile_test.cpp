@@ -1,7 +1,5 @@
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -9,17 +7,13 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
-#include <filesystem>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::read_file;
-using test::without_header;
-using test::write_file;
-
-class Report : public test::SitTest {};
+class Report : public SitTest {};
 
 TEST_F(Report, CreateAndAppend) {
   const std::string report = path("report.txt");
@@ -38,7 +32,7 @@ TEST_F(Report, CreateAndAppend) {
     const std::string text = read_file(report);
     EXPECT_EQ(header ? without_header(text) : text, expected);
   }
-  std::filesystem::remove(report);
+  fs::remove(report);
   ASSERT_EQ(LogOpen(report.c_str(), SIT_APPEND), 0);
   EXPECT_EQ(LogClose(SIT_FINAL), 0);
   EXPECT_EQ(without_header(read_file(report)), "\n==End of Log==\n");
@@ -66,24 +60,10 @@ TEST_F(Report, WritersSayExactlyThis) {
                 std::string(4095, 'v') + "\n" + std::string(80, '=') + "\n\n");
 }
 
-TEST_F(Report, RefusedOpenings) {
-  const std::string folder = path(std::string(256 - path("").size() - 4, 'd'));
-  std::filesystem::create_directory(folder);
-  const std::string longest = folder + "/abc";
-  ASSERT_EQ(longest.size(), 256U);
-  EXPECT_EQ(LogOpen(longest.c_str(), SIT_CREATE), SIT_PATH_TOO_LONG);
-  EXPECT_FALSE(std::filesystem::exists(longest));
-  EXPECT_EQ(LogOpen(longest.substr(0, 255).c_str(), SIT_CREATE), 0);
-  EXPECT_EQ(LogClose(0), 0);
-
-  EXPECT_EQ(LogOpen(path("r").c_str(), 0), SIT_BAD_OPEN_MODE);
-  EXPECT_FALSE(std::filesystem::exists(path("r")));
-}
-
 TEST_F(Report, DirectoryIsKnownWhileOpen) {
   SIT_Initiate();
-  std::filesystem::current_path(path(""));
-  const std::string here = std::filesystem::current_path();
+  fs::current_path(path(""));
+  const std::string here = fs::current_path();
   const std::pair<std::string, std::string> reports[] = {
       {path("r.txt"), path("")}, {"r.txt", here}, {"./r.txt", "./"}};
   for (const auto& [report, directory] : reports) {
@@ -97,12 +77,12 @@ TEST_F(Report, DirectoryIsKnownWhileOpen) {
     EXPECT_STREQ(part, directory);
     std::free(part);
   }
-  std::filesystem::create_directory(path("gone"));
-  std::filesystem::current_path(path("gone"));
-  std::filesystem::remove(path("gone"));
+  fs::create_directory(path("gone"));
+  fs::current_path(path("gone"));
+  fs::remove(path("gone"));
   EXPECT_EQ(LogOpen("r.txt", SIT_CREATE), ENOENT);
   EXPECT_STREQ(pc->reportDir, "");
-  std::filesystem::current_path("/");
+  fs::current_path("/");
 }
 
 // Neither the signal of a reader that is gone nor that of a limit reaches the host.
@@ -113,12 +93,11 @@ TEST_F(Report, SignalsOfWriting) {
   ::close(reader);
   EXPECT_EQ(LogMsg("x"), -1);
   EXPECT_EQ(LogClose(0), EPIPE);
-  const rlimit small{10, RLIM_INFINITY};
-  rlimit before{};
-  ASSERT_EQ(::prlimit(0, RLIMIT_FSIZE, &small, &before), 0);
-  EXPECT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);
-  EXPECT_EQ(LogClose(0), EFBIG);
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  {
+    const FileSizeLimit limit(10);
+    EXPECT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);
+    EXPECT_EQ(LogClose(0), EFBIG);
+  }
   sigset_t blocked;
   ::sigemptyset(&blocked);
   ::sigaddset(&blocked, SIGPIPE);
@@ -146,31 +125,26 @@ TEST_F(Report, SlowReaderAndHostUnderATimer) {
     const std::string command = "sleep 0.1; exec cat >" + path("out");
     ::execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
   }
-  struct sigaction interrupt {};
-  interrupt.sa_handler = [](int) {};
-  ::sigaction(SIGALRM, &interrupt, nullptr);
-  itimerval often{{0, 10000}, {0, 10000}};
-  ::setitimer(ITIMER_REAL, &often, nullptr);
+  interrupt_every(10000);
   const std::string text(200000, 'x');
   EXPECT_EQ(LogOpen(path("fifo").c_str(), SIT_APPEND), 0);
   ::close(reader);
   EXPECT_EQ(LogString(text.c_str()), 0);
   EXPECT_EQ(LogClose(0), 0);
-  often = {};
-  ::setitimer(ITIMER_REAL, &often, nullptr);
+  interrupt_every(0);
   EXPECT_EQ(::waitpid(child, nullptr, 0), child);
   EXPECT_TRUE(read_file(path("out")) == text + "\n");
 }
 
 TEST_F(Report, HeaderSaysWhoWhereAndWhen) {
   ::umask(0);
-  test::set_environment("TZ", "EAST-5");
+  set_environment("TZ", "EAST-5");
   ::tzset();
   SIT_Initiate();
-  EXPECT_EQ(pc->userName + std::string("\n"), test::run("id -un").output);
+  EXPECT_EQ(pc->userName + std::string("\n"), run("id -un").output);
   EXPECT_EQ(getHost(nullptr), 1);
   const std::string report = path("r");
-  const auto now = [] { return test::run("date '+%a %b %e %T %Y'").output; };
+  const auto now = [] { return run("date '+%a %b %e %T %Y'").output; };
   for (const std::string host : {"box", ""}) {
     stcopy(pc->userName, "ann");
     stcopy(pc->hostName, host.c_str());
@@ -204,10 +178,10 @@ TEST_F(Report, NothingOpenThenFullDisk) {
 }
 
 TEST_F(Report, OpenedTwiceKeepsOneDescriptor) {
-  const std::vector<int> before = test::open_descriptors();
+  const std::vector<int> before = open_descriptors();
   ASSERT_EQ(LogOpen(path("first").c_str(), SIT_CREATE), 0);
   LogMsg("kept\n");
-  for (const int fd : test::open_descriptors()) {
+  for (const int fd : open_descriptors()) {
     const bool is_report = !std::binary_search(before.begin(), before.end(), fd);
     EXPECT_TRUE(!is_report || (::fcntl(fd, F_GETFD) & FD_CLOEXEC) != 0) << "children inherit it";
   }
@@ -217,3 +191,4 @@ TEST_F(Report, OpenedTwiceKeepsOneDescriptor) {
 }
 
 }  // namespace
+}  // namespace test

@@ -7,9 +7,8 @@
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
-
-using test::taken;
 
 std::string format(const char* text, ...) {
   std::array<char, 4096 + 8> buffer;
@@ -136,3 +135,4 @@ TEST(Texts, Hexadecimal) {
 }
 
 }  // namespace
+}  // namespace test

@@ -1,40 +1,25 @@
 // Running commands: their outcomes, and what they and their host see of each other.
 #include <fcntl.h>
-#include <linux/filter.h>
-#include <linux/seccomp.h>
 #include <sched.h>
-#include <sys/prctl.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include <array>
 #include <chrono>
 #include <csignal>
-#include <cstddef>
-#include <filesystem>
 #include <regex>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::read_file;
-using test::repeat;
-
-// Calls the host's timer a hundred times a second.
-void interrupt_often() {
-  std::signal(SIGALRM, [](int) {});
-  const itimerval often{{0, 10000}, {0, 10000}};
-  ASSERT_EQ(::setitimer(ITIMER_REAL, &often, nullptr), 0);
-}
-
-class Command : public test::SitTest {
+class Command : public SitTest {
  protected:
   int execute(const std::string& command) {
-    std::filesystem::remove(path("out"));
+    fs::remove(path("out"));
     const auto start = std::chrono::steady_clock::now();
     const int result = execcmd(command.c_str(), path("out").c_str());
     seconds_ = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
@@ -57,7 +42,7 @@ TEST_F(Command, ResultForEachEnd) {
                                               {"/nosuch/tool", 127 * 256},
                                               {"-x || exit 3", 768},
                                               {"+x || exit 3", 768}};
-  interrupt_often();
+  interrupt_every(10000);
   for (const auto& [command, result] : ends) {
     EXPECT_EQ(execute(command), result) << command;
     EXPECT_LT(seconds_, 0.9) << command << " costs more than it takes";
@@ -102,29 +87,25 @@ TEST_F(Command, SeesNothingOfTheHost) {
 }
 
 TEST_F(Command, HostWithoutStandardDescriptors) {
-  const pid_t host = ::fork();
-  if (host == 0) {
+  const auto host = [this] {
     for (int fd = 0; fd < 3; ++fd) ::close(fd);
-    ::_exit(execcmd("echo out; echo err >&2", path("out").c_str()) == 0 ? 0 : 1);
-  }
-  int status = -1;
-  ::waitpid(host, &status, 0);
-  EXPECT_EQ(status, 0);
+    return execcmd("echo out; echo err >&2", path("out").c_str());
+  };
+  EXPECT_EQ(in_child(host), 0);
   EXPECT_EQ(output(), "out\nerr\n");
 }
 
 TEST_F(Command, VerboseLines) {
   SetVerboseMode(1);
   const std::string text =
-      test::without_pids(written_by([this] { execcmd("true", path("missing/out").c_str()); }));
+      without_pids(written_by([this] { execcmd("true", path("missing/out").c_str()); }));
   // The parent's first look may come before or after what the child says.
   const std::string refused =
       "VERBOSE: execcmd: Cannot open output file " + path("missing/out") + " for fork\n";
-  EXPECT_NE(text.find(refused), std::string::npos) << text;
-  EXPECT_TRUE(
-      text.ends_with("VERBOSE: pid P, ret P, status 65280\n"
-                     "VERBOSE: execcmd: process completed, status is 65280 (FAIL_STATUS is 256\n"))
-      << text;
+  EXPECT_THAT(text, HasSubstr(refused));
+  EXPECT_THAT(
+      text, EndsWith("VERBOSE: pid P, ret P, status 65280\n"
+                     "VERBOSE: execcmd: process completed, status is 65280 (FAIL_STATUS is 256\n"));
 }
 
 // Somebody keeps sending a signal to the whole process group, which the host handles.
@@ -154,13 +135,13 @@ TEST_F(Command, NoHandlerOfTheHostRunsInAChild) {
 }
 
 TEST_F(Command, HungCommandIsAbandonedAfterSixtySeconds) {
-  interrupt_often();
+  interrupt_every(10000);
   SetVerboseMode(1);
   const std::string text =
       written_by([this] { EXPECT_EQ(execute("echo begun; exec sleep 300"), -1); });
   EXPECT_GE(seconds_, 60.0);
   EXPECT_LT(seconds_, 61.0);
-  EXPECT_EQ(test::without_pids(text),
+  EXPECT_EQ(without_pids(text),
             "VERBOSE: \n**Verbose Mode **\n" + repeat("VERBOSE: pid P, ret 0, status 0\n", 60) +
                 "VERBOSE: execcmd: timeout of 60 seconds exceeded, suspect process P is hung\n");
   EXPECT_EQ(output(), "begun\n");
@@ -182,26 +163,11 @@ TEST_F(Command, StoppedHostDoesNotTakeItsCommandForHung) {
   EXPECT_EQ(status, 0);
 }
 
-// Lets the kernel refuse what the instructions, which begin with the number of a call, end at.
-template <std::size_t Count>
-void filter_calls(sock_filter (&instructions)[Count]) {
-  const sock_fprog program{Count, instructions};
-  ASSERT_EQ(::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0), 0);
-  ASSERT_EQ(::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program), 0);
-}
-
 // Nor one that lets a child borrow its parent's memory, or closes many descriptors at once.
 TEST_F(Command, KernelWithoutPidfd) {
-  sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_pidfd_open, 4, 0),
-                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_close_range, 3, 0),
-                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 3),
-                          BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
-                          BPF_JUMP(BPF_JMP | BPF_JSET | BPF_K, CLONE_VFORK, 0, 1),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | ENOSYS),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-  filter_calls(refuse);
-  interrupt_often();
+  for (const unsigned call : {SYS_pidfd_open, SYS_close_range}) refuse(call, ENOSYS);
+  refuse(SYS_clone, ENOSYS, CLONE_VFORK);
+  interrupt_every(10000);
   const int leaky = ::open("/dev/null", O_RDONLY);
   EXPECT_EQ(execute("sleep 1.2; test -e /proc/$$/fd/" + std::to_string(leaky) + " || exit 7"),
             7 * 256);
@@ -212,22 +178,15 @@ TEST_F(Command, KernelWithoutPidfd) {
 }
 
 TEST_F(Command, MachineWithoutRoomForAProcess) {
-  sock_filter refuse[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                          BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_clone, 0, 1),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EAGAIN),
-                          BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
   // Only a child is so poor: what looks for leaks at the end of a test needs a process.
-  const pid_t child = ::fork();
-  if (child == 0) {
-    filter_calls(refuse);
-    ::_exit(written_by([] { LogCmdOutput("true", nullptr); }) ==
-                    "Error forking true, returned -1\nFailed to capture output from true\n"
-                ? 0
-                : 1);
-  }
-  int status = -1;
-  EXPECT_EQ(::waitpid(child, &status, 0), child);
-  EXPECT_EQ(status, 0);
+  const auto host = [this] {
+    refuse(SYS_clone, EAGAIN);
+    return static_cast<int>(
+        written_by([] { LogCmdOutput("true", nullptr); }) !=
+        "Error forking true, returned -1\nFailed to capture output from true\n");
+  };
+  EXPECT_EQ(in_child(host), 0);
 }
 
 }  // namespace
+}  // namespace test

@@ -2,11 +2,10 @@
 // complete.
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::run;
-
-class HandingOn : public test::SitTest {
+class HandingOn : public SitTest {
  protected:
   void SetUp() override {
     SitTest::SetUp();
@@ -19,7 +18,7 @@ class HandingOn : public test::SitTest {
   }
   // A block of README in this language, which begins with this line.
   [[nodiscard]] static std::string example(const std::string& language, const std::string& start) {
-    const std::string text = test::read_file(SOURCE "/README.md");
+    const std::string text = read_file(SOURCE "/README.md");
     const std::size_t begin = text.find("```" + language + "\n" + start);
     if (begin == std::string::npos) return "";
     const std::size_t code = begin + 4 + language.size();
@@ -29,20 +28,20 @@ class HandingOn : public test::SitTest {
 
 TEST_F(HandingOn, ExamplesOfReadmeRunAndSayWhyLoadingFails) {
   install();
-  test::write_file(path("example.c"), example("c", "#include <dlfcn.h>"));
-  test::write_file(path("example.py"), example("python", "import ctypes"));
+  write_file(path("example.c"), example("c", "#include <dlfcn.h>"));
+  write_file(path("example.py"), example("python", "import ctypes"));
   ASSERT_EQ(
       run("cd " + path("") + " && cc -Wall -Werror -Iusr/include example.c -o example 2>&1").output,
       "");
   const std::string with = "cd " + path("") + " && LD_LIBRARY_PATH=$(echo usr/lib*) ";
   for (const std::string program : {"./example", "python3 example.py"}) {
-    test::Ran ran = run(with + program + " 2>&1");
+    Ran ran = run(with + program + " 2>&1");
     EXPECT_EQ(ran.status, 0) << program << ran.output;
-    EXPECT_TRUE(test::read_file("/tmp/report.txt").ends_with("==End of Log==\n")) << program;
-    std::filesystem::remove("/tmp/report.txt");
+    EXPECT_THAT(read_file("/tmp/report.txt"), EndsWith("==End of Log==\n")) << program;
+    fs::remove("/tmp/report.txt");
     ran = run("cd " + path("") + " && LD_LIBRARY_PATH= " + program + " 2>&1");
     EXPECT_EQ(ran.status, 1) << program;
-    EXPECT_NE(ran.output.find("libsit.so"), std::string::npos) << program << ran.output;
+    EXPECT_THAT(ran.output, HasSubstr("libsit.so")) << program;
   }
 }
 
@@ -84,9 +83,10 @@ TEST_F(HandingOn, ShellsComplete) {
               completed + "\n");
   }
   if (run("command -v fish").status != 0) return;
-  EXPECT_NE(run("fish -c 'source " + path("fish") + "; complete -C \"sit collect --skip sec\"'")
-                .output.find("security"),
-            std::string::npos);
+  EXPECT_THAT(
+      run("fish -c 'source " + path("fish") + "; complete -C \"sit collect --skip sec\"'").output,
+      HasSubstr("security"));
 }
 
 }  // namespace
+}  // namespace test

@@ -1,17 +1,12 @@
 // The host program, and hosts of other kinds.
-#include <filesystem>
 #include <regex>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Ran;
-using test::read_file;
-using test::run;
-
-class Host : public test::SitTest {
+class Host : public SitTest {
  protected:
   static Ran sit(const std::string& arguments) { return run(std::string(HOST) + " " + arguments); }
 };
@@ -24,7 +19,7 @@ TEST_F(Host, CallsByName) {
 }
 
 TEST_F(Host, SaysWhatIsWrongInOneLine) {
-  test::write_file(path("not-a-library"), "text");
+  write_file(path("not-a-library"), "text");
   const std::pair<std::string, int> calls[] = {
       {"collect --output /proc/nosuch", 3},
       {"collect --output " + path("out") + " --plugin " + path("missing"), 3},
@@ -41,13 +36,25 @@ TEST_F(Host, SaysWhatIsWrongInOneLine) {
   EXPECT_TRUE(fs::is_empty(path("out"))) << "nothing half done";
 }
 
+TEST_F(Host, RefusesRulesThatCannotBeUsed) {
+  fs::create_directory(path("here"));
+  expect_rows("host", "rules", [this](const Row& row) {
+    write_file(path("f"), row.text(1));
+    const Ran ran = run("cd " + path("here") + "; " HOST " " + row.text(0) + " " + path("f"));
+    EXPECT_EQ(ran.status, 2);
+    EXPECT_THAT(ran.output, testing::AllOf(StartsWith("sit: "), EndsWith("\n")));
+    return ran.output.substr(5, ran.output.size() - 6);
+  });
+  EXPECT_TRUE(fs::is_empty(path("here"))) << "nothing is collected";
+}
+
 TEST_F(Host, ListNamesEveryCall) {
   const Ran ran = sit("list");
   EXPECT_EQ(ran.status, 0);
-  EXPECT_NE(ran.output.find("GetSysInfo <report path: text> <section: 16-bit integer> <mode: "
-                            "32-bit integer> <final: 32-bit integer>\n    writes \"System "
-                            "Information\""),
-            std::string::npos);
+  EXPECT_THAT(ran.output,
+              HasSubstr("GetSysInfo <report path: text> <section: 16-bit integer> <mode: "
+                        "32-bit integer> <final: 32-bit integer>\n    writes \"System "
+                        "Information\""));
 }
 
 TEST_F(Host, OwnNamesAreLeftAlone) {
@@ -56,8 +63,9 @@ TEST_F(Host, OwnNamesAreLeftAlone) {
     const Ran ran = run("ASAN_OPTIONS=detect_leaks=0 " + std::string(CLASHING_HOST) +
                         " " PLUGIN " " + path("r") + " " + scope);
     EXPECT_EQ(ran.output, "works 1, host untouched 1, unloads 1\n");
-    EXPECT_EQ(read_file(path("r")).find("the list of the host"), std::string::npos);
+    EXPECT_THAT(read_file(path("r")), Not(HasSubstr("the list of the host")));
   }
 }
 
 }  // namespace
+}  // namespace test

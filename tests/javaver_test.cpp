@@ -1,20 +1,15 @@
 #include <cstdlib>
-#include <filesystem>
 #include <tuple>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::set_environment;
-using test::write_file;
-
-class Java : public test::InstallationTest {
+class Java : public InstallationTest {
  protected:
   // A program that says how it was called.
-  static void put_java(const std::string& file) {
-    test::make_tool(file, "echo \"$0 $*\" PHM=$PHM >&2");
-  }
+  static void put_java(const std::string& file) { make_tool(file, "echo \"$0 $*\" PHM=$PHM >&2"); }
   void expect_versions(const std::string& expected) {
     EXPECT_EQ(written_by([] { EXPECT_EQ(GetJavaVers(nullptr, 0, 0), 0); }),
               "\n\nJava Versions\n=============\n\n" + expected)
@@ -49,22 +44,22 @@ TEST_F(Java, OfTheEnvironment) {
 
 TEST_F(Java, PathsBeyondTheirCapacity) {
   move_to("/" + std::string(600, 'x'));
-  expect_versions(test::too_long("path", dir() + "/bin/java_env", 511));
+  expect_versions(too_long("path", dir() + "/bin/java_env", 511));
   move_to(path(std::string(200, 'd') + "/" + std::string(44 - path("").size(), 'd')));
   write_file(dir() + "/bin/java_env", "");
-  expect_versions(test::too_long(
-      "command", "PHM=" + dir() + ";export PHM; . " + dir() + "/bin/java_env;", 511));
+  expect_versions(
+      too_long("command", "PHM=" + dir() + ";export PHM; . " + dir() + "/bin/java_env;", 511));
 }
 
 TEST_F(Java, WhichInstallationsAreAsked) {
-  for (const auto& [version, flags, asked] :
-       std::initializer_list<std::tuple<const char*, unsigned, bool>>{{"8.3B", 0, false},
-                                                                      {"10.8", 0, true},
-                                                                      {"8", 0, true},
-                                                                      {"10.1", PK_WEBCLIENT, false},
-                                                                      {"10.1", PK_FRAMEWORK, false},
-                                                                      {"2.1", PK_MONITOR, false},
-                                                                      {"10.1", PK_EXTRA, true}}) {
+  const std::tuple<const char*, unsigned, bool> cases[] = {{"8.3B", 0, false},
+                                                           {"10.8", 0, true},
+                                                           {"8", 0, true},
+                                                           {"10.1", PK_WEBCLIENT, false},
+                                                           {"10.1", PK_FRAMEWORK, false},
+                                                           {"2.1", PK_MONITOR, false},
+                                                           {"10.1", PK_EXTRA, true}};
+  for (const auto& [version, flags, asked] : cases) {
     set_version(version);
     record_.flags = flags;
     expect_versions(asked ? missing() : "");
@@ -84,7 +79,7 @@ TEST_F(Java, OfTheMachine) {
   expect_versions(home + path("jdk") + "\n" + java + " -version PHM=\n\n");
   set_environment("JAVA_HOME", std::string(5000, 'j').c_str());
   expect_versions(home + std::string(4054, 'j') +
-                  test::too_long("path", std::string(5000, 'j') + "/bin/java") + "\n");
+                  too_long("path", std::string(5000, 'j') + "/bin/java") + "\n");
   set_environment("JAVA_HOME", nullptr);
   const std::string old_path = std::getenv("PATH");
   set_environment("PATH", (path("jdk/bin") + ":" + old_path).c_str());
@@ -94,3 +89,4 @@ TEST_F(Java, OfTheMachine) {
 }
 
 }  // namespace
+}  // namespace test

@@ -3,11 +3,10 @@
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::write_file;
-
-class AdminServer : public test::InstallationTest {
+class AdminServer : public InstallationTest {
  protected:
   [[nodiscard]] std::string own_file(int major) const {
     return dir() +
@@ -26,7 +25,7 @@ TEST_F(AdminServer, PluginsFilesAndControlScripts) {
   expect_rows("obvalid", "work directory", [&](const Row& row) {
     write_file(dir() + "/bin/peladsv", row.text(0));
     std::free(std::exchange(record_.wrkDir, nullptr));
-    const std::string found = test::taken(GetAdmSrvWrkDir("10.1B03"));
+    const std::string found = taken(GetAdmSrvWrkDir("10.1B03"));
     EXPECT_EQ(found, record_.wrkDir == nullptr ? "(null)" : record_.wrkDir);
     return found == "(null)" ? "" : found;
   });
@@ -34,7 +33,7 @@ TEST_F(AdminServer, PluginsFilesAndControlScripts) {
 
 TEST_F(AdminServer, OfEachKindAndRelease) {
   char buffer[255];
-  test::set_environment("WRKDIR", "\"odd\"\n");
+  set_environment("WRKDIR", "\"odd\"\n");
   for (const int major : {8, 9, 10, 11}) {
     record_.major = static_cast<short>(major);
     const int unreadable = major == 9 || major == 10 ? SIT_PLUGINS_UNREADABLE : 0;
@@ -51,7 +50,7 @@ TEST_F(AdminServer, OfEachKindAndRelease) {
       EXPECT_EQ(FindAdminServer("10.1b03"), has_file ? 1 : 0) << major << " " << kind;
       EXPECT_EQ(GetAdmSrvWrkDir("10.1b03") == std::getenv("WRKDIR"), kind % 64 == 0) << kind;
     }
-    std::filesystem::remove(own_file(major));
+    fs::remove(own_file(major));
   }
   write_file(own_file(11), "");
   record_.bitness = 64;
@@ -65,3 +64,4 @@ TEST_F(AdminServer, OfEachKindAndRelease) {
 }
 
 }  // namespace
+}  // namespace test

@@ -2,17 +2,12 @@
 #include <sys/wait.h>
 
 #include <cstring>
-#include <filesystem>
 #include <utility>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::make_tool;
-using test::read_file;
-using test::write_file;
 
 const std::string kHeader = "Configuration Information for x.";
 
@@ -26,7 +21,7 @@ std::string parameter_file(const std::string& name, const std::string& content) 
   return "\n" + rule + "* Parameter file: " + name + "\n" + rule + content + "\n\n";
 }
 
-class Brokers : public test::InstallationTest {
+class Brokers : public InstallationTest {
  protected:
   void SetUp() override {
     InstallationTest::SetUp();
@@ -49,9 +44,7 @@ class Brokers : public test::InstallationTest {
       EXPECT_EQ(ValidateOB(&record_, plugins, broker, copy, path("copies").c_str()), result);
     });
   }
-  static std::string taken_parameter_files() {
-    return test::taken(std::exchange(plistpfname, nullptr));
-  }
+  static std::string taken_parameter_files() { return taken(std::exchange(plistpfname, nullptr)); }
   [[nodiscard]] std::string startup_missing() const {
     return "\n\nPARAMETER FILES\n===============\n\n" +
            parameter_file("startup.pf",
@@ -81,7 +74,7 @@ TEST_F(Brokers, LocationOfThePropertiesFile) {
   const std::string unused =
       "INFORMATION: This installation does not use the obroker properties file. ";
   EXPECT_EQ(validate(0, plugins.c_str(), nullptr, 1),
-            test::too_long("path", dir() + "/properties/obroker.properties", 254) + unused +
+            too_long("path", dir() + "/properties/obroker.properties", 254) + unused +
                 "Skipping validation.\n" + startup_missing() + unused + "Skipping file copy\n");
 }
 
@@ -109,8 +102,7 @@ TEST_F(Brokers, OutputOfCheckTools) {
 }
 
 TEST_F(Brokers, ParameterFilesAndNames) {
-  expect_rows("obvalid", "parameter",
-              [](const Row& row) { return test::taken(GetPFValue(row[0])); });
+  expect_rows("obvalid", "parameter", [](const Row& row) { return taken(GetPFValue(row[0])); });
   expect_rows("obvalid", "list", [](const Row& row) {
     Add_pf_name(row[0], row[1]);
     return taken_parameter_files();
@@ -169,16 +161,16 @@ TEST_F(Brokers, ValidationCommand) {
     fs::remove(path("r"));
     EXPECT_EQ(GetOBValidationInfo(path("copies").c_str(), path("r").c_str(), key, mode, 7, "", ""),
               result);
-    return fs::exists(path("r")) ? test::without_header(read_file(path("r"))) : "no report";
+    return fs::exists(path("r")) ? without_header(read_file(path("r"))) : "no report";
   };
   const std::string copying =
       "\nINFORMATION: Copying " + properties() + " as obroker.properties.101B\n\n";
-  const std::string manager =
-      "\n\n" + test::title("Validation of Connection Manager properties file");
+  const std::string manager = "\n\n" + title("Validation of Connection Manager properties file");
   const std::string end = "\n==End of Log==\n";
-  EXPECT_TRUE(command(0).ends_with(
-      startup_missing() + copying + manager +
-      "INFORMATION: Skipping this validation (dbconfig script not found)\n" + end));
+  EXPECT_THAT(
+      command(0),
+      EndsWith(startup_missing() + copying + manager +
+               "INFORMATION: Skipping this validation (dbconfig script not found)\n" + end));
   EXPECT_EQ(read_file(path("copies/obroker.properties.101B")), "brokers\n");
   EXPECT_EQ(OBCopyFiles(path("r").c_str(), "one", "10.1B", path("copies").c_str()), 1);
   EXPECT_EQ(OBCopyFiles(path("r").c_str(), "one", "10.1b03", path("copies").c_str()), 0);
@@ -189,9 +181,9 @@ TEST_F(Brokers, ValidationCommand) {
   const std::string no_manager =
       manager + "ERROR: Could not find Connection Manager properties file: " + own_manager + "\n" +
       end;
-  EXPECT_TRUE(command(10016).ends_with(copying + no_manager));
+  EXPECT_THAT(command(10016), EndsWith(copying + no_manager));
   fs::remove_all(path("copies"));
-  EXPECT_TRUE(command(10016).ends_with(copying + copy_failed + no_manager));
+  EXPECT_THAT(command(10016), EndsWith(copying + copy_failed + no_manager));
   validate(10018, "", nullptr, 1);
   write_file(own_manager, "");
   EXPECT_EQ(ValidateConMgr(&record_, "", 0, "/nosuch"), 0);
@@ -214,3 +206,4 @@ TEST_F(Brokers, ValidationCommand) {
 }
 
 }  // namespace
+}  // namespace test

@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,13 +9,12 @@
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::write_file;
 using Tree = std::map<std::string, std::string>;
 
-class Logs : public test::InstallationTest {
+class Logs : public InstallationTest {
  protected:
   void SetUp() override {
     InstallationTest::SetUp();
@@ -56,7 +54,7 @@ class Logs : public test::InstallationTest {
     Tree found;
     for (const auto& entry : fs::recursive_directory_iterator(to)) {
       const std::string file = entry.path().lexically_relative(to);
-      if (!entry.is_directory()) found[file] = test::read_file(entry.path());
+      if (!entry.is_directory()) found[file] = read_file(entry.path());
       EXPECT_TRUE(!entry.is_directory() || entry.status().permissions() == fs::perms{0755});
     }
     EXPECT_TRUE(found == copies) << name;  // too large to be printed
@@ -104,7 +102,7 @@ TEST_F(Logs, CheckToolLinesMoreThanTheTableHolds) {
 
 TEST_F(Logs, CopiesOfOneName) {
   const std::string banner = "PELINVENTORY:  File trimmed to 1 MB...\n\n";
-  const std::string exact = test::repeat("0123456\n", 131072);
+  const std::string exact = repeat("0123456\n", 131072);
   write_file(path("server.log"), exact);
   write_file(path("broker.log"), "x" + exact);
   write_file(path("a.lg"), "text\n");
@@ -121,12 +119,12 @@ TEST_F(Logs, CopiesOfOneName) {
   EXPECT_EQ(Copy_Log_Files("nosuch", "10.1B03", ""), 1) << "which means the root";
   EXPECT_EQ(Copy_File(nullptr, "copy", 0), -1);
   EXPECT_EQ(Copy_File(path("broker.log").c_str(), path("all").c_str(), 0), 0);
-  EXPECT_TRUE(test::read_file(path("all")) == "x" + exact);
+  EXPECT_TRUE(read_file(path("all")) == "x" + exact);
   // A sparse log of eight gigabytes, of which no more than the end may be read.
   fs::resize_file(path("all"), 8L << 30);
   std::ofstream(path("all"), std::ios::app) << "\nlast line\n";
   note("logFile", "huge", "all");
-  const auto bytes_read = [] { return std::stoul(test::read_file("/proc/self/io").substr(7)); };
+  const auto bytes_read = [] { return std::stoul(read_file("/proc/self/io").substr(7)); };
   const unsigned long before = bytes_read();
   expect_copies("huge", 0, {{"all", banner + "last line\n"}});
   EXPECT_LT(bytes_read() - before, exact.size() + 32768);
@@ -155,13 +153,11 @@ TEST_F(Logs, CopiesOfOneName) {
 
 TEST_F(Logs, CopyGoesOnPastLogsThatCannotBeCopied) {
   write_file(path("good.log"), "good\n");
-  write_file(path("too_big"), test::repeat("log\n", 50000));
+  write_file(path("too_big"), repeat("log\n", 50000));
   fs::create_directory(path("folder"));
   fs::create_symlink("/dev/zero", path("endless"));
-  const rlimit full{100000, RLIM_INFINITY};
-  rlimit before{};
   std::signal(SIGXFSZ, SIG_IGN);
-  ASSERT_EQ(::prlimit(0, RLIMIT_FSIZE, &full, &before), 0);
+  const FileSizeLimit limit(100000);
   for (const auto& [file, result] :
        {std::pair{"%s", 2}, {"folder", 21}, {"endless", 22}, {"too_big", 27}}) {
     clear_table();
@@ -172,7 +168,6 @@ TEST_F(Logs, CopyGoesOnPastLogsThatCannotBeCopied) {
                   result == 2 ? "Cannot find " + path(file) + ". Skipping file copy.\n"
                               : "ERROR: Cannot copy file " + failed);
   }
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
 }
 
 TEST_F(Logs, AdminServer) {
@@ -197,7 +192,7 @@ TEST_F(Logs, AdminServer) {
 
 // Whatever is copied of the log makes it grow by twice as much.
 TEST_F(Logs, LogThatGrowsFasterThanItIsCopied) {
-  const std::string content = test::repeat("0123456\n", 50000);
+  const std::string content = repeat("0123456\n", 50000);
   write_file(path("a.log"), content);
   ASSERT_EQ(::mkfifo(path("pipe").c_str(), 0600), 0);
   const int pipe = ::open(path("pipe").c_str(), O_RDWR);
@@ -217,3 +212,4 @@ TEST_F(Logs, LogThatGrowsFasterThanItIsCopied) {
 }
 
 }  // namespace
+}  // namespace test

@@ -1,17 +1,13 @@
 // The page for a browser that every collection has.
-#include <sys/mount.h>
 
 #include <fstream>
 
 #include "support/collection.h"
 
+namespace test {
 namespace {
 
-using test::Collected;
-using test::read_file;
-using test::run;
-
-class Page : public test::CollectTest {
+class Page : public CollectTest {
  protected:
   [[nodiscard]] static std::string page_of(const Collected& made) {
     return read_file(made.folder / "index.html");
@@ -24,10 +20,10 @@ TEST_F(Page, TextOfOthersStaysText) {
       "echo {{host}}; head -c 64000000 /dev/zero | tr \"\\\\0\" x' --capture 'echo \"</h2>\"'");
   EXPECT_EQ(made.status, 0) << made.said;
   const std::string page = page_of(made);
-  EXPECT_NE(page.find("\n&lt;/pre&gt;&lt;script&gt;&amp;&quot;??{{host}}"), std::string::npos);
-  EXPECT_NE(page.find("<dd>&lt;b&gt;&quot;x</dd>"), std::string::npos);
-  EXPECT_EQ(page.find("<script"), std::string::npos);
-  EXPECT_EQ(page.find("\"</h2>"), std::string::npos);
+  EXPECT_THAT(page, HasSubstr("\n&lt;/pre&gt;&lt;script&gt;&amp;&quot;??{{host}}"));
+  EXPECT_THAT(page, HasSubstr("<dd>&lt;b&gt;&quot;x</dd>"));
+  EXPECT_THAT(page, Not(HasSubstr("<script")));
+  EXPECT_THAT(page, Not(HasSubstr("\"</h2>")));
   EXPECT_LT(page.size(), 100000U);
 }
 
@@ -46,28 +42,27 @@ TEST_F(Page, LinksLeadToTheLinesThatAreWrong) {
           row.at("id").get<std::string>() + ":" + problem.at("line").dump() + "\">";
       const std::size_t mark = page.find("<mark id=\"" + anchor);
       ASSERT_NE(mark, std::string::npos) << anchor;
-      EXPECT_NE(page.find("href=\"#" + anchor), std::string::npos) << anchor;
+      EXPECT_THAT(page, HasSubstr("href=\"#" + anchor)) << anchor;
       const std::string plain = line.substr(0, line.find_first_of("'\""));
       EXPECT_EQ(page.substr(mark + 10 + anchor.size(), plain.size()), plain);
       ++checked;
     }
   }
   EXPECT_GE(checked, 10);
-  const test::Ran browser =
-      run(SCRIPTS "/check-page " + (made.folder / "index.html").string() + " 2>&1");
+  const Ran browser = run(SCRIPTS "/check-page " + (made.folder / "index.html").string() + " 2>&1");
   if (browser.status == 77) GTEST_SKIP() << browser.output;
   EXPECT_EQ(browser.status, 0) << browser.output;
 }
 
 TEST_F(Page, FullDiskCostsThePageAlone) {
-  if (!test::mount_small(path("out"), "300k")) GTEST_SKIP() << "needs a mount namespace";
+  if (!mount_small(path("out"), "300k")) GTEST_SKIP() << "needs a mount namespace";
   const Collected made = collect("--only capture --capture 'yes \"&&&&&&&&\" | head -c 60000'");
   EXPECT_EQ(made.status, 1);
   const std::string no_page = "There is no index.html: No space left on device\n";
-  EXPECT_NE(made.said.find(no_page), std::string::npos) << made.said;
-  EXPECT_FALSE(std::filesystem::exists(made.folder / "index.html"));
+  EXPECT_THAT(made.said, HasSubstr(no_page));
+  EXPECT_FALSE(fs::exists(made.folder / "index.html"));
   EXPECT_EQ(made.manifest.at("complete"), true);
-  ::umount2(path("out").c_str(), MNT_DETACH);
 }
 
 }  // namespace
+}  // namespace test

@@ -1,30 +1,23 @@
-#include <filesystem>
 #include <tuple>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::make_tool;
-using test::read_file;
-using test::without_header;
-using test::write_file;
-
-class Security : public test::InstallationTest {
+class Security : public InstallationTest {
  protected:
   std::string report(const char* key = "10.1B") {
-    std::filesystem::remove(path("r"));
+    fs::remove(path("r"));
     EXPECT_EQ(GetPelSecurityLog(path("r").c_str(), key, SIT_CREATE, 0, SEL_ANY), 0);
-    if (!std::filesystem::exists(path("r"))) return "(no report)";
-    const std::string text = without_header(read_file(path("r")));
-    EXPECT_TRUE(text.ends_with("\n==End of Log==\n"));
-    return text.substr(0, text.size() - 16);
+    if (!fs::exists(path("r"))) return "(no report)";
+    return body_of(path("r"));
   }
   [[nodiscard]] std::string tool(const std::string& name) const { return dir() + "/bin//" + name; }
 };
 
-const std::string kCertificates = test::title("Certificates");
-const std::string kKeys = test::title("Keys");
+const std::string kCertificates = title("Certificates");
+const std::string kKeys = title("Keys");
 
 TEST_F(Security, FormatForEachRelease) {
   using Releases = std::vector<std::tuple<int, int, const char*>>;
@@ -55,10 +48,10 @@ TEST_F(Security, BeforeTenB) {
     write_file(dir() + "/certs/" + skipped, "");
   const std::string listing = kCertificates + "Listing of certificates in " + dir() + "/certs\n\n";
   EXPECT_EQ(report(), listing + "Listing of a.0\n\nx509 -text -in:\nfirst\n\n");
-  std::filesystem::remove(dir() + "/certs/a.0");
+  fs::remove(dir() + "/certs/a.0");
   write_file(dir() + "/certs/b; echo $HOME.0", "blank");
   EXPECT_EQ(report(), listing + "Listing of b; echo $HOME.0\n\nx509 -text -in:\nblank\n\n");
-  std::filesystem::remove_all(dir() + "/certs");
+  fs::remove_all(dir() + "/certs");
   write_file(dir() + "/certs", "not a directory");
   EXPECT_EQ(report(), listing);
 }
@@ -77,23 +70,22 @@ TEST_F(Security, CommandBeyondItsCapacity) {
   write_file(path("certs/a.0"), "");
   EXPECT_EQ(written_by([&] { getDirCertInfo(tool.c_str(), path("certs").c_str()); }),
             "Listing of a.0\n\n" +
-                test::too_long("command", tool + " x509 -text -in " + path("certs") + "/a.0") +
-                "\n\n");
+                too_long("command", tool + " x509 -text -in " + path("certs") + "/a.0") + "\n\n");
   // What quoting adds does not count.
-  std::filesystem::remove(path("certs/a.0"));
+  fs::remove(path("certs/a.0"));
   const std::string name = "a;touch ran;" + std::string(125, '$') + ".0";
   write_file(path("certs/" + name), "shown");
   make_tool(path("t"), "cat \"$4\"");
   EXPECT_EQ(written_by([&] { getDirCertInfo(path("t").c_str(), path("certs").c_str()); }),
             "Listing of " + name + "\n\nshown\n\n");
-  EXPECT_FALSE(std::filesystem::exists("ran"));
+  EXPECT_FALSE(fs::exists("ran"));
   record_.major = 11;
   move_to(path(std::string(235 - path("").size(), 'd') + " d"));
   write_file(dir() + "/certs/x", "");
   write_file(dir() + "/bin/certutil", "");
-  EXPECT_NE(report().find("\n\nERROR: The command of "), std::string::npos);
+  EXPECT_THAT(report(), HasSubstr("\n\nERROR: The command of "));
   move_to("/" + std::string(244, 'd'));
-  EXPECT_EQ(report().find("ERROR"), std::string::npos) << "without a store no tool is looked for";
+  EXPECT_THAT(report(), Not(HasSubstr("ERROR"))) << "without a store no tool is looked for";
 }
 
 TEST_F(Security, ResultCodes) {
@@ -108,3 +100,4 @@ TEST_F(Security, ResultCodes) {
 }
 
 }  // namespace
+}  // namespace test

@@ -3,16 +3,11 @@
 #include <array>
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
-
-using test::read_file;
-using test::set_environment;
-using test::taken;
-using test::write_file;
 
 std::string text_of(const char* text) { return text == nullptr ? "(null)" : text; }
 
@@ -24,12 +19,12 @@ PHMVER record_with(const char* version, unsigned flags, PHMVER* next = nullptr) 
   return record;
 }
 
-class Discovery : public test::SitTest {
+class Discovery : public SitTest {
  protected:
   void SetUp() override {
     SitTest::SetUp();
     installation_ = path("pel");
-    std::filesystem::create_directory(installation_);
+    fs::create_directory(installation_);
   }
 
   std::string discover() const {
@@ -37,8 +32,8 @@ class Discovery : public test::SitTest {
     return taken(GetPhmVers());
   }
   void put_library(const std::string& file) const {
-    std::filesystem::create_directory(installation_ + "/bin");
-    std::filesystem::copy_file(file, library(), std::filesystem::copy_options::overwrite_existing);
+    fs::create_directory(installation_ + "/bin");
+    fs::copy_file(file, library(), fs::copy_options::overwrite_existing);
   }
   [[nodiscard]] std::string library() const { return installation_ + "/bin/versioninfo.dll"; }
   [[nodiscard]] std::string version_file() const { return installation_ + "/version"; }
@@ -51,10 +46,10 @@ TEST_F(Discovery, VersionFilesSelectorsAndTexts) {
   const std::string missing = "Unable to open version file " + version_file() + "\n\n";
   EXPECT_EQ(discover(), using_phm() + missing);
   EXPECT_EQ(pphm->version, nullptr);
-  std::filesystem::create_directory(version_file());
+  fs::create_directory(version_file());
   EXPECT_EQ(discover(), using_phm() + "Unable to find version string in ''\nExtracted from " +
                             version_file() + "\n\n");
-  std::filesystem::remove(version_file());
+  fs::remove(version_file());
   const auto numbers = [](const PHMVER& record) {
     return " " + std::to_string(record.major) + " " + std::to_string(record.minor);
   };
@@ -64,8 +59,8 @@ TEST_F(Discovery, VersionFilesSelectorsAndTexts) {
     std::string said = discover();
     const std::string end = "'\nExtracted from " + version_file() + "\n\n";
     const std::size_t quote = pphm->version == nullptr ? 0 : 1;
-    EXPECT_TRUE(said.starts_with(using_phm())) << said;
-    EXPECT_TRUE(said.ends_with(end.substr(quote))) << said;
+    EXPECT_THAT(said, StartsWith(using_phm()));
+    EXPECT_THAT(said, EndsWith(end.substr(quote)));
     said.resize(said.size() - end.size() + quote);
     EXPECT_EQ(text_of(pphm->fullVersion), text_of(pphm->version));
     EXPECT_STREQ(pphm->maintLevel, "");
@@ -135,22 +130,21 @@ TEST_F(Discovery, BrokenVersionLibrariesFallBackToTheVersionFile) {
                               "\n\n")
         << content.size() << " bytes";
   }
-  std::filesystem::remove(library());
+  fs::remove(library());
   ASSERT_EQ(::mkfifo(library().c_str(), 0600), 0);
-  EXPECT_TRUE(discover().starts_with(using_phm() + "Failed to load library ")) << "not a hang";
+  EXPECT_THAT(discover(), StartsWith(using_phm() + "Failed to load library ")) << "not a hang";
 }
 
 TEST_F(Discovery, AbsurdPath) {
   installation_ = "/" + std::string(4999, 'x');
-  EXPECT_EQ(discover(), using_phm() +
-                            test::too_long("path", installation_ + "/bin/versioninfo.dll") +
-                            test::too_long("path", installation_ + "/version") + "\n");
+  EXPECT_EQ(discover(), using_phm() + too_long("path", installation_ + "/bin/versioninfo.dll") +
+                            too_long("path", installation_ + "/version") + "\n");
   EXPECT_EQ(pphm->dir, installation_);
   EXPECT_EQ(FindPelInstUnix(), 2);
 }
 
 TEST_F(Discovery, Launcher) {
-  if (!test::with_private_usr_bin("pel", "", path(""))) GTEST_SKIP() << "no private mounts here";
+  if (!with_private_usr_bin("pel", "", path(""))) GTEST_SKIP() << "no private mounts here";
   const std::string start = "No PHM env var set\nExtracting PHM from /usr/bin/pel\n";
   expect_rows("pelver", "launcher", [&](const Row& row) {
     write_file("/usr/bin/pel", row.text(0));
@@ -167,7 +161,7 @@ TEST_F(Discovery, Launcher) {
 }
 
 TEST_F(Discovery, NothingToFind) {
-  if (std::filesystem::exists("/usr/bin/pel")) GTEST_SKIP() << "this machine has a launcher";
+  if (fs::exists("/usr/bin/pel")) GTEST_SKIP() << "this machine has a launcher";
   EXPECT_EQ(taken(GetPhmVers()),
             "No PHM env var set\nPlease set the PHM environment variable and execute again\n");
   EXPECT_EQ(pphm, nullptr);
@@ -197,7 +191,7 @@ TEST_F(Discovery, MonitoringInstallation) {
   write_file(delvon + "/delvonversion", "Delvon Version 2.1A01 as of");
   expect_rows("pelver", "init file", [&](const Row& row) {
     write_file(init_file, row.text(0));
-    EXPECT_TRUE(discover().starts_with(pelloran));
+    EXPECT_THAT(discover(), StartsWith(pelloran));
     const PHMVER* record = pphm->next;
     if (record == nullptr) return discover().substr(pelloran.size());
     EXPECT_EQ(record->initFile, init_file);
@@ -255,3 +249,4 @@ TEST_F(Discovery, FrameworkVersionFile) {
 }
 
 }  // namespace
+}  // namespace test

@@ -1,26 +1,17 @@
 #include <array>
-#include <filesystem>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::make_tool;
-using test::read_file;
-using test::set_environment;
-using test::title;
-using test::without_header;
-using test::write_file;
-
-class Configuration : public test::InstallationTest {
+class Configuration : public InstallationTest {
  protected:
   using Command = decltype(&GetPelCFGInfo);
   std::string report(const char* key, int selector = SEL_ANY, Command command = GetPelCFGInfo) {
     const int final = command == GetPelCFGInfo ? SIT_FINAL : 0;
     EXPECT_EQ(command(path("r").c_str(), key, SIT_CREATE, final, selector), 0);
-    const std::string text = without_header(read_file(path("r")));
-    EXPECT_TRUE(text.ends_with("\n==End of Log==\n")) << text;
-    return text.substr(0, text.size() - 16);
+    return body_of(path("r"));
   }
 };
 
@@ -38,12 +29,12 @@ TEST_F(Configuration, OfEachKindReleaseAndKey) {
     record_.pelVersion = row[2] == nullptr ? nullptr : owner.data();
     return report(row[4], row.number(3));
   });
-  std::filesystem::remove(dir() + "/addons");
-  std::filesystem::create_symlink("/dev/zero", dir() + "/addons");
+  fs::remove(dir() + "/addons");
+  fs::create_symlink("/dev/zero", dir() + "/addons");
   set_version("10.1B03");
   record_.flags = 0;
-  EXPECT_NE(report("10.1B").find("\nCound not open addons file " + dir() + "/addons, errno = 22\n"),
-            std::string::npos);
+  EXPECT_THAT(report("10.1B"),
+              HasSubstr("\nCound not open addons file " + dir() + "/addons, errno = 22\n"));
   expect_rows("prodlic", "name", [&](const Row& row) {
     make(row);
     char found[256];
@@ -62,12 +53,11 @@ TEST_F(Configuration, NamedByTheEnvironment) {
     EXPECT_EQ(report("9.0A"), start + announced + named + "\ncfg: " + named + "\n");
   }
   char name[256] = "as it was";
-  const std::string too_long(255, 'c');
-  set_environment("PELCFG", too_long.c_str());
+  const std::string longer(255, 'c');
+  set_environment("PELCFG", longer.c_str());
   EXPECT_EQ(GenPelCfgName(name, &record_), 3);
   EXPECT_STREQ(name, "as it was");
-  EXPECT_EQ(report("9.0A"),
-            start + test::too_long("value of PELCFG", too_long, 254) + announced + "\n");
+  EXPECT_EQ(report("9.0A"), start + too_long("value of PELCFG", longer, 254) + announced + "\n");
   const std::string longest(254, 'c');  // with this directory the command is as long as it may be
   move_to(path(std::string(240 - path("").size(), 'd')));
   make_tool(dir() + "/bin/showcfg", "echo \"cfg: $*\"");
@@ -81,7 +71,7 @@ TEST_F(Configuration, FrameworkBorrowsTheToolOfThePlainInstallation) {
   record_.flags = PK_FRAMEWORK;
   const std::string framework =
       title("Ambrelis Product and Licensing Information") + "Reading " + dir() + "/pelloran.cfg\n";
-  EXPECT_EQ(report("9.0A"), framework + test::run("sh -c '\"\" \"x\"'").output);
+  EXPECT_EQ(report("9.0A"), framework + run("sh -c '\"\" \"x\"'").output);
   PHMVER plain{};
   PHMVER last{};
   std::string plain_dir = path("plain");
@@ -93,7 +83,7 @@ TEST_F(Configuration, FrameworkBorrowsTheToolOfThePlainInstallation) {
   record_.next = &plain;
   EXPECT_EQ(report("9.0A"), framework + "borrowed\n");
   plain_dir = "";
-  EXPECT_NE(report("9.0A").find("/bin/showcfg"), std::string::npos) << "the root's own";
+  EXPECT_THAT(report("9.0A"), HasSubstr("/bin/showcfg")) << "the root's own";
 }
 
 TEST_F(Configuration, AbsurdPaths) {
@@ -103,9 +93,9 @@ TEST_F(Configuration, AbsurdPaths) {
   EXPECT_EQ(report("10.1B"), start + gone);
   EXPECT_EQ(report("10.1B", SEL_ANY, GetPelInstFiles), gone);
   move_to("/" + std::string(243, 'd'));
-  EXPECT_NE(report("10.1B").find("could not find such directory"), std::string::npos) << "it fits";
+  EXPECT_THAT(report("10.1B"), HasSubstr("could not find such directory")) << "it fits";
   move_to(path(std::string(243 - path("").size(), 'd')));
-  std::filesystem::create_directory(dir());
+  fs::create_directory(dir());
   const std::string text = report("10.1B");
   EXPECT_EQ(text.find("The path of"), text.rfind("The path of")) << "only the configuration's";
   move_to(std::string(245, 'd'));
@@ -118,7 +108,7 @@ TEST_F(Configuration, AbsurdPaths) {
 TEST_F(Configuration, FilesOfEveryMatchingInstallation) {
   move_to(path("pel \"1\" $HOME `x`"));
   write_file(dir() + "/sub/file", "");
-  const std::string listing = test::run("ls -lLR '" + dir() + "'").output + "\n";
+  const std::string listing = run("ls -lLR '" + dir() + "'").output + "\n";
   PHMVER second = record_;
   second.flags = PK_WEBCLIENT;
   record_.next = &second;
@@ -126,14 +116,14 @@ TEST_F(Configuration, FilesOfEveryMatchingInstallation) {
   EXPECT_EQ(report("9", SEL_ANY, GetPelInstFiles),
             "Could not find any installation that matches 9 9 \n");
   pphm = nullptr;
-  std::filesystem::remove(path("r"));
-  if (std::filesystem::exists("/usr/bin/pel")) GTEST_SKIP() << "this machine has a launcher";
+  fs::remove(path("r"));
+  if (fs::exists("/usr/bin/pel")) GTEST_SKIP() << "this machine has a launcher";
   EXPECT_EQ(GetPelCFGInfo(path("r").c_str(), "10.1B", 64, 1, 1), 0);
   EXPECT_EQ(GetPelSecurityLog(path("r").c_str(), "10.1B", 64, 1, 1), 0);
-  EXPECT_FALSE(std::filesystem::exists(path("r"))) << "nothing to report without installations";
+  EXPECT_FALSE(fs::exists(path("r"))) << "nothing to report without installations";
 }
 
-class Monitor : public test::InstallationTest {
+class Monitor : public InstallationTest {
  protected:
   void SetUp() override {
     InstallationTest::SetUp();
@@ -143,13 +133,13 @@ class Monitor : public test::InstallationTest {
     record_.next = &delvon_;
     init_file_ = path("delvon.ini");
     delvon_.initFile = init_file_.data();
-    std::filesystem::create_directory(path("out"));
+    fs::create_directory(path("out"));
   }
 
   int collect(const char* key) {
     std::array<char, SIT_PATH_BYTES> target{};
     path("out").copy(target.data(), target.size());
-    std::filesystem::remove(path("r"));
+    fs::remove(path("r"));
     const int result = GetDelvonFiles(path("r").c_str(), target.data(), key);
     target_ = target.data();
     return result;
@@ -169,14 +159,14 @@ TEST_F(Monitor, FilesAreCopiedOrMissed) {
   write_file(dir() + "/AdminServerPlugins.dat", "plugins\n");
   expect_rows("prodlic", "monitor", [this](const Row& row) {
     set_version(row.text(0));
-    std::filesystem::remove(init_file_);
+    fs::remove(init_file_);
     if (row[1] != nullptr) write_file(init_file_, row[1]);
-    if (row[1] == nullptr) std::filesystem::remove(dir() + "/AdminServerPlugins.dat");
+    if (row[1] == nullptr) fs::remove(dir() + "/AdminServerPlugins.dat");
     EXPECT_EQ(collect("2.1A:10.1B03"), 0);
     const std::string report = text();
     EXPECT_EQ(target_, path("out/Delvon21APel101B"));
-    EXPECT_EQ(std::filesystem::status(target_).permissions(), std::filesystem::perms{0755});
-    for (const auto& file : std::filesystem::directory_iterator(target_)) {
+    EXPECT_EQ(fs::status(target_).permissions(), fs::perms{0755});
+    for (const auto& file : fs::directory_iterator(target_)) {
       const std::string name = file.path().filename();
       const std::string from = name == "delvon.ini" ? "" : name[0] == 'A' ? "pel/" : "conf/";
       EXPECT_EQ(read_file(file.path()), read_file(path(from + name)));
@@ -184,7 +174,7 @@ TEST_F(Monitor, FilesAreCopiedOrMissed) {
     EXPECT_EQ(collect("2.1A:10.1B03"), EEXIST);
     EXPECT_EQ(text(), "\n");
     EXPECT_STREQ(pc->reportDir, "");
-    return std::to_string(std::filesystem::remove_all(target_) - 1) + report;
+    return std::to_string(fs::remove_all(target_) - 1) + report;
   });
 }
 
@@ -196,12 +186,13 @@ TEST_F(Monitor, ResultCodes) {
   std::string deep = path("out") + std::string(254 - path("out").size(), '/');
   EXPECT_EQ(GetDelvonFiles(path("r2").c_str(), deep.data(), "2.1A:10.1B03"), ENAMETOOLONG);
   EXPECT_EQ(without_header(read_file(path("r2"))),
-            test::too_long("path", deep + "/Delvon21APel101B") + "\n");
+            too_long("path", deep + "/Delvon21APel101B") + "\n");
   set_environment("TMPDIR", "/proc");
   EXPECT_EQ(GetDelvonFiles(nullptr, target.data(), "x"), SIT_NOT_FOUND);
   set_environment("TMPDIR", path("out").c_str());
   EXPECT_EQ(GetDelvonFiles(nullptr, target.data(), "x"), 0);
-  EXPECT_FALSE(std::filesystem::is_empty(path("out"))) << "the temporary report stays";
+  EXPECT_FALSE(fs::is_empty(path("out"))) << "the temporary report stays";
 }
 
 }  // namespace
+}  // namespace test

@@ -1,11 +1,9 @@
 // Every collection command under the faults that machines and hosts are known for.
 #include <fcntl.h>
-#include <sched.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/time.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -13,24 +11,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <fstream>
 #include <utility>
 
 #include "support/commands.h"
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::read_file;
-using test::set_environment;
-
-using test::Command;
-using test::kCopies;
-using test::kReport;
-using test::kTemporary;
-using test::Opens;
 
 constexpr const char* kLog = "disk/copies/orders.broker.log";
 const std::string kBefore = std::string(4095, 'b') + "\n";  // a page: no room is left in its last
@@ -49,17 +37,11 @@ struct Fault {
   friend std::ostream& operator<<(std::ostream& out, const Fault& f) { return out << f.name; }
 };
 
-bool with_private_mounts() {
-  static const bool can_mount = ::unshare(CLONE_NEWNS) == 0 &&
-                                ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0;
-  return can_mount;
-}
-
 // Moves a folder to a small disk of its own, unless it is there, and takes that disk's last byte.
 bool fill(const char* folder) {
-  if (!with_private_mounts()) return false;
+  if (!private_mounts()) return false;
   if (fs::create_directory("small")) {
-    if (::mount("tmpfs", "small", "tmpfs", 0, "size=8m,mode=777") != 0) return false;
+    if (!mount_small("small", "8m")) return false;
     fs::copy(folder, "small", fs::copy_options::recursive);
     if (::mount("small", folder, nullptr, MS_BIND, nullptr) != 0) return false;
   }
@@ -81,17 +63,7 @@ bool leave_descriptors(int count) {
 }
 void give_descriptors() { limit(RLIMIT_NOFILE, 1024); }
 
-// Not with SA_RESTART: what the plug-in waits for is really interrupted.
-bool handle(int signal, void (*handler)(int)) {
-  struct sigaction action {};
-  action.sa_handler = handler;
-  return ::sigaction(signal, &action, nullptr) == 0;
-}
 void leave_children() { handle(SIGCHLD, SIG_DFL); }
-bool tick(suseconds_t interval) {
-  const itimerval often{{0, interval}, {0, interval}};
-  return handle(SIGALRM, [](int) {}) && ::setitimer(ITIMER_REAL, &often, nullptr) == 0;
-}
 
 constexpr std::size_t kGigabyte = 1U << 30U;
 void* resident = nullptr;
@@ -141,7 +113,7 @@ const Fault kFaults[] = {
       {"GetNetscapeInfo", SIT_NO_SERVER_OF_NAME}}},
     {"NoProcess",
      [] {
-       test::run("chmod -R a+rwX disk .");
+       run("chmod -R a+rwX disk .");
        return limit(RLIMIT_NPROC, 0) && (::getuid() != 0 || ::setresuid(65534, 65534, 0) == 0);
      },
      [] { static_cast<void>(::setresuid(0, 0, 0)), limit(RLIMIT_NPROC, RLIM_INFINITY); },
@@ -152,7 +124,7 @@ const Fault kFaults[] = {
       {"RunCommand", 0, "Error forking ls "}}},
     {"TemporaryFolderIsReadOnly",
      [] {
-       return with_private_mounts() && !::mount(kTemporary, kTemporary, "", MS_BIND, "") &&
+       return private_mounts() && !::mount(kTemporary, kTemporary, "", MS_BIND, "") &&
               !::mount("", kTemporary, "", MS_REMOUNT | MS_BIND | MS_RDONLY, "");
      },
      [] { ::umount2(kTemporary, MNT_DETACH); }},
@@ -170,15 +142,15 @@ const Fault kFaults[] = {
      leave_children,
      0,
      {kNoStatus}},
-    {"HostUnderATimer", [] { return tick(1000); }, [] { tick(0); }},
+    {"HostUnderATimer", [] { return interrupt_every(1000); }, [] { interrupt_every(0); }},
     {"HostOfAGigabyte", grow_by_a_gigabyte, [] {}}};
 
-class RealFault : public test::SitTest, public testing::WithParamInterface<Fault> {
+class RealFault : public SitTest, public testing::WithParamInterface<Fault> {
  protected:
   void SetUp() override {
     SitTest::SetUp();
     fs::current_path(path(""));
-    ASSERT_EQ(test::run(EXAMPLES "/install sample").status, 0);
+    ASSERT_EQ(run(EXAMPLES "/install sample").status, 0);
     for (const char* folder : {"disk/reports", kCopies, kTemporary}) fs::create_directories(folder);
     set_environment("TMPDIR", path(kTemporary).c_str());
     set_environment("PHM", path("sample/pel").c_str());
@@ -197,7 +169,7 @@ class RealFault : public test::SitTest, public testing::WithParamInterface<Fault
   static void prepare(const Command& command) {
     for (const auto& entry : fs::directory_iterator(kCopies)) fs::remove_all(entry);
     fs::remove(kReport);
-    if (command.opens != Opens::kAnew) test::write_file(kReport, kBefore);
+    if (command.opens != Opens::kAnew) write_file(kReport, kBefore);
   }
   // What the report says at any time: its lines without digits, and without the test's own mounts.
   static std::string report() {
@@ -213,14 +185,14 @@ class RealFault : public test::SitTest, public testing::WithParamInterface<Fault
 
 TEST_P(RealFault, HurtsNothing) {
   const Fault& fault = GetParam();
-  for (const Command& command : test::kCommands) {
+  for (const Command& command : kCommands) {
     SCOPED_TRACE(command.name);
     prepare(command);
     EXPECT_EQ(command.run(kReport, SIT_APPEND), 0);
     const std::string sound = report();
 
     prepare(command);
-    const std::vector<int> descriptors = test::open_descriptors();
+    const std::vector<int> descriptors = open_descriptors();
     const bool has_begun = fault.begin();
     const int result = has_begun ? command.run(kReport, SIT_APPEND) : 0;
     fault.end();
@@ -231,14 +203,14 @@ TEST_P(RealFault, HurtsNothing) {
     }
     EXPECT_EQ(result, expected.result);
     const std::string text = fs::exists(kReport) ? read_file(kReport) : "";
-    EXPECT_NE(text.find(expected.says), std::string::npos) << text;
+    EXPECT_THAT(text, HasSubstr(expected.says));
     EXPECT_TRUE(command.opens == Opens::kAnew || text.starts_with(kBefore))
         << "lost what was there";
     const bool is_harmless = fault.closing == 0 && fault.outcomes.empty();
     EXPECT_TRUE(!is_harmless || report() == sound) << text;
-    EXPECT_EQ(test::open_descriptors(), descriptors);
+    EXPECT_EQ(open_descriptors(), descriptors);
     EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
-    EXPECT_EQ(test::run("ls disk/tmp disk/reports | grep sit").output, "") << "temporary files";
+    EXPECT_EQ(run("ls disk/tmp disk/reports | grep sit").output, "") << "temporary files";
     EXPECT_TRUE(!fs::exists(kLog) || fs::file_size(kLog) > 1048000) << "half a copy was left";
 
     prepare(command);
@@ -251,14 +223,14 @@ INSTANTIATE_TEST_SUITE_P(With, RealFault, testing::ValuesIn(kFaults),
                          [](const auto& fault) { return std::string(fault.param.name); });
 
 // Another user of the machine, who may do as he likes in the folder for temporary files.
-class SecondUser : public test::SitTest {
+class SecondUser : public SitTest {
  protected:
   void SetUp() override {
     SitTest::SetUp();
     if (::getuid() != 0) GTEST_SKIP() << "needs root";
     fs::permissions(path(""), fs::perms(0755));
     fs::permissions(temporary(), fs::perms(0777));
-    test::write_file(path("root's own"), "of root alone\n");
+    write_file(path("root's own"), "of root alone\n");
   }
   void TearDown() override {
     for (const auto& entry : fs::directory_iterator(temporary())) fs::remove(entry);
@@ -287,7 +259,7 @@ TEST_F(SecondUser, NeitherWritesNorReadsThroughTemporaryFiles) {
   EXPECT_EQ(written_by([] {
               for (int i = 0; i < 50; ++i) LogCmdOutput("sleep 0.01; echo ours", nullptr);
             }),
-            test::repeat("ours\n", 50));
+            repeat("ours\n", 50));
   EXPECT_EQ(GetSysInfo(path("r").c_str(), 0, SIT_CREATE, 1), 0);
   for (int i = 0; i < 50; ++i) OBCopyFiles(nullptr, "orders", "10.1B03", path("").c_str());
   ::kill(attacker, SIGKILL);
@@ -295,9 +267,9 @@ TEST_F(SecondUser, NeitherWritesNorReadsThroughTemporaryFiles) {
   EXPECT_EQ(read_file(path("root's own")), "of root alone\n");
   const std::string report = read_file(path("r"));
   for (const char* foreign : {"of root alone", "his own"}) {
-    EXPECT_EQ(report.find(foreign), std::string::npos);
+    EXPECT_THAT(report, Not(HasSubstr(foreign)));
   }
-  EXPECT_NE(report.find("Command: uname -a\n\nLinux"), std::string::npos) << report;
+  EXPECT_THAT(report, HasSubstr("Command: uname -a\n\nLinux"));
   for (const auto& entry : fs::directory_iterator(temporary())) {
     struct stat status {};
     ASSERT_EQ(::lstat(entry.path().c_str(), &status), 0);
@@ -306,20 +278,16 @@ TEST_F(SecondUser, NeitherWritesNorReadsThroughTemporaryFiles) {
   }
 }
 
-class SmallDisk : public test::SitTest {};
+class SmallDisk : public SitTest {};
 
 TEST_F(SmallDisk, FilledByTheOutputOfACommand) {
-  if (!with_private_mounts() ||
-      ::mount("tmpfs", temporary().c_str(), "tmpfs", 0, "size=64k,mode=777") != 0) {
-    GTEST_SKIP() << "this machine does not allow it";
-  }
+  if (!mount_small(temporary(), "64k")) GTEST_SKIP() << "this machine does not allow it";
   const std::string text = written_by([] { LogCmdOutput("yes | head -c 100000", nullptr); });
   ::umount2(temporary().c_str(), MNT_DETACH);
-  EXPECT_TRUE(
-      text.starts_with("ERROR: Output of yes | head -c 100000 may be lost: its temporary "
-                       "file cannot grow, errno = 28\ny\ny\n"))
-      << text.substr(0, 200);
+  EXPECT_THAT(text, StartsWith("ERROR: Output of yes | head -c 100000 may be lost: its temporary "
+                               "file cannot grow, errno = 28\ny\ny\n"));
   EXPECT_GT(text.size(), 60000U) << "what there was room for is kept";
 }
 
 }  // namespace
+}  // namespace test

@@ -1,7 +1,5 @@
 // What "sit collect" brings home from machines and products that are sick, and what it does to
 // them.
-#include <sched.h>
-#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,24 +9,19 @@
 
 #include "support/collection.h"
 
+namespace test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::Collected;
-using test::Ran;
-using test::read_file;
-using test::run;
-
-class SickMachine : public test::CollectTest {
+class SickMachine : public CollectTest {
  protected:
   void SetUp() override {
     CollectTest::SetUp();
     // Its version library is sick when SICKNESS is set.
-    test::write_file(path("pel/version"), "Pelloran Version 10.1B03 as of today\n");
+    write_file(path("pel/version"), "Pelloran Version 10.1B03 as of today\n");
     fs::create_directories(path("pel/bin"));
     fs::copy_file(SICK_LIBRARY, path("pel/bin/versioninfo.dll"));
     // A tool that hangs and will not be asked to end.
-    test::make_tool(path("bin/ipcs"), "trap '' TERM\nfor i in $(seq 300); do sleep 0.1; done");
+    make_tool(path("bin/ipcs"), "trap '' TERM\nfor i in $(seq 300); do sleep 0.1; done");
     sleep_ = "sleep 777." + std::to_string(::getpid());
   }
   void TearDown() override {
@@ -63,7 +56,6 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
     for (const char* row : {"versions", "system", "environment"}) {
       EXPECT_EQ(at_discovery.outcome(row), "ok") << sickness;
     }
-    fs::remove_all(path("out"));
     const Collected in_a_row = collect("--only library " + limit +
                                            "--capture-library " SICK_LIBRARY
                                            ",fall_sick "
@@ -71,12 +63,11 @@ TEST_F(SickMachine, LibraryThatFallsSickCostsItsRow) {
                                        sick);
     EXPECT_EQ(in_a_row.outcome("library-1"), outcome) << sickness;
     EXPECT_EQ(in_a_row.why("library-1"), why + SICK_LIBRARY + last_words);
-    EXPECT_NE(read_file(in_a_row.folder / "library-1/index.txt").find("DLL Entry Point: fall_sick"),
-              std::string::npos)
+    EXPECT_THAT(read_file(in_a_row.folder / "library-1/index.txt"),
+                HasSubstr("DLL Entry Point: fall_sick"))
         << "what it had written stays";
     EXPECT_EQ(in_a_row.outcome("library-2"), "ok") << "a new worker goes on";
     EXPECT_TRUE(fs::exists(in_a_row.folder / "library-2/left"));
-    fs::remove_all(path("out"));
   }
 }
 
@@ -106,29 +97,27 @@ TEST_F(SickMachine, HungToolCostsItsLimitOnce) {
   EXPECT_EQ(commands,
             "ipcs -s, killed, system\nipcs -sa, killed, system\n"
             "ipcs -m, killed, system\nipcs -ma, killed, system\n");
-  EXPECT_NE(made.summary.find("Semaphore Information: timed out, \"ipcs -s\" took more than 1.5 s"),
-            std::string::npos)
-      << made.summary;
-  EXPECT_NE(read_file(made.folder / "system.txt").find("\nProcess Listing\n"), std::string::npos);
+  EXPECT_THAT(made.summary,
+              HasSubstr("Semaphore Information: timed out, \"ipcs -s\" took more than 1.5 s"));
+  EXPECT_THAT(read_file(made.folder / "system.txt"), HasSubstr("\nProcess Listing\n"));
 }
 
 TEST_F(SickMachine, HungToolIsToldWhereItsTextWouldStand) {
   static_cast<void>(sample_options("--healthy"));
-  test::make_tool(sample() + "/pel/bin/certutil", "echo partial; exec " + sleep_);
+  make_tool(sample() + "/pel/bin/certutil", "echo partial; exec " + sleep_);
   // Its child is not what is waited for.
-  test::make_tool(sample() + "/pel/bin/rgconfig", sleep_ + " & sleep 0.3");
-  for (int i = 0; i < 5; ++i) {
+  make_tool(sample() + "/pel/bin/rgconfig", sleep_ + " & sleep 0.3");
+  for (int i = 0; i < 3; ++i) {
     const Collected made = collect(
-        "--only security --only validation --command-limit 0.5 "
+        "--only security --only validation --command-limit 1 "
         "--installation " +
         sample() + "/pel");
     EXPECT_EQ(made.why("10.1B/security"), "Certificates timed out");
     const auto problem = made.manifest.at("problems").at(0);
     EXPECT_EQ(problem.at("text"), "Certificates: timed out, \"" + sample() +
-                                      "/pel/bin//certutil -list -verbose\" took more than 0.5 s");
+                                      "/pel/bin//certutil -list -verbose\" took more than 1 s");
     EXPECT_EQ(problem.at("line"), 15) << "the line of what it had printed";
     EXPECT_EQ(made.outcome("10.1B/validation"), "ok") << made.why("10.1B/validation");
-    fs::remove_all(path("out"));
   }
 }
 
@@ -158,7 +147,7 @@ TEST_F(SickMachine, CommandsThatDoNotEndOrStayBehind) {
     EXPECT_EQ(made.outcome(id), outcome) << id;
     EXPECT_EQ(made.why(id), why) << id;
   }
-  EXPECT_NE(read_file(made.folder / "capture-echo/output.txt").find("before\n"), std::string::npos);
+  EXPECT_THAT(read_file(made.folder / "capture-echo/output.txt"), HasSubstr("before\n"));
   EXPECT_EQ(made.row("capture-exit").at("exit"), "exit status 3");
   EXPECT_EQ(made.manifest.at("commands").at(1).at("command"), sleep_);
   EXPECT_EQ(made.manifest.at("commands").at(1).at("end"), "left over; ended by SIGTERM");
@@ -170,7 +159,6 @@ TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
   const Collected hung = collect(installation() + "--time-limit 1", "export SICKNESS=hang");
   EXPECT_EQ(hung.outcome("discovery"), "timed out");
   EXPECT_EQ(hung.outcome("versions"), "skipped") << "what was not known of yet is in it, too";
-  fs::remove_all(path("out"));
   const std::string later = "sh -c 'sleep 1; pkill -$0 -xP '$$' sit' ";
   const std::array<std::string, 4> cases[] = {
       {"--time-limit 1", "", "timed out", "the run's time limit of 1 s"},
@@ -187,16 +175,15 @@ TEST_F(SickMachine, RunThatIsGivenUpIsFinishedProperly) {
     EXPECT_EQ(made.outcome("capture-echo-2"), "skipped");
     EXPECT_EQ(made.why("capture-echo-2"), why);
     EXPECT_FALSE(fs::exists(made.folder / ".tmp"));
-    fs::remove_all(path("out"));
   }
 }
 
 TEST_F(SickMachine, HostOfAnyStateCollectsAndLeavesOthersAlone) {
   // Started with a child that it does not know, SIGCHLD ignored and a standard stream closed; and
   // not to be ended by SIGHUP.
-  test::make_tool(path("start"), sleep_ + " > /dev/null 2>&1 & echo $! > " + path("stranger") +
-                                     "\n(sleep 0.5; kill -HUP $$) > /dev/null 2>&1 &\n"
-                                     "trap '' HUP CHLD\nexec \"$@\" <&-");
+  make_tool(path("start"), sleep_ + " > /dev/null 2>&1 & echo $! > " + path("stranger") +
+                               "\n(sleep 0.5; kill -HUP $$) > /dev/null 2>&1 &\n"
+                               "trap '' HUP CHLD\nexec \"$@\" <&-");
   const Collected made = collect("--only environment --only capture --capture 'sleep 1'",
                                  "exec " + path("start") + " \\");
   EXPECT_EQ(made.status, 0) << made.said;
@@ -206,10 +193,10 @@ TEST_F(SickMachine, HostOfAnyStateCollectsAndLeavesOthersAlone) {
 TEST_F(SickMachine, WhatFailsInAReportIsTold) {
   static_cast<void>(sample_options("--healthy"));
   const std::string pel = sample() + "/pel/";
-  test::make_tool(pel + "bin/certutil", "exit 3");
-  test::make_tool(pel + "bin/dbconfig", "kill -SEGV $$");
-  test::make_tool(pel + "bin/apconfig", "echo '  (8287) Cannot load property x of orders'");
-  test::write_file(pel + "installd.ini", "ERROR: this is no error\nCannot be one\n");
+  make_tool(pel + "bin/certutil", "exit 3");
+  make_tool(pel + "bin/dbconfig", "kill -SEGV $$");
+  make_tool(pel + "bin/apconfig", "echo '  (8287) Cannot load property x of orders'");
+  write_file(pel + "installd.ini", "ERROR: this is no error\nCannot be one\n");
   const Collected made = collect(
       "--only configuration --only security --only validation "
       "--only library --installation " +
@@ -222,8 +209,7 @@ TEST_F(SickMachine, WhatFailsInAReportIsTold) {
        "failed or could not be made"},
       {"library-1", "DLL failed: " SICK_LIBRARY ": undefined symbol: nosuchentry"}};
   for (const auto& [row, why] : expected) EXPECT_EQ(made.why(row), why);
-  EXPECT_NE(made.summary.find("a command ended with exit status 3\n"), std::string::npos)
-      << made.summary;
+  EXPECT_THAT(made.summary, HasSubstr("a command ended with exit status 3\n"));
 }
 
 TEST_F(SickMachine, ClosedPipeLosesNothing) {
@@ -232,32 +218,30 @@ TEST_F(SickMachine, ClosedPipeLosesNothing) {
   for (int i = 0; i < 50 && !fs::exists(path("status")); ++i) ::usleep(100000);
   EXPECT_EQ(read_file(path("status")), "1\n") << "nobody got the path";
   const fs::path folder = *fs::directory_iterator(path("out"));
-  EXPECT_TRUE(nlohmann::json::parse(read_file(folder / "manifest.json")).at("complete"));
+  EXPECT_TRUE(json::parse(read_file(folder / "manifest.json")).at("complete"));
 }
 
 TEST_F(SickMachine, FullDiskIsToldWhereTextWasLost) {
-  if (!test::mount_small(path("out"), "400k")) GTEST_SKIP() << "needs a mount namespace";
-  test::make_tool(path("bin/ps"), "yes 'a process among many' | head -c 390000");
-  test::make_tool(path("bin/sysctl"), "yes 'a setting; the next sysctl is asked' | head -c 390000");
+  if (!mount_small(path("out"), "400k")) GTEST_SKIP() << "needs a mount namespace";
+  make_tool(path("bin/ps"), "yes 'a process among many' | head -c 390000");
+  make_tool(path("bin/sysctl"), "yes 'a setting; the next sysctl is asked' | head -c 390000");
   const std::string no_space = "no space left on " + path("out") + " (tmpfs)";
   const Collected made = collect("--jobs 1", with_hung_tool() + "; rm " + path("bin/ipcs"));
   EXPECT_EQ(made.status, 1);
   EXPECT_EQ(made.why("system"), "Process Listing incomplete");
-  EXPECT_NE(made.said.find(no_space), std::string::npos) << made.said;
+  EXPECT_THAT(made.said, HasSubstr(no_space));
   const auto sections = made.row("system").at("sections");
   for (const auto& section : sections) {
     const bool is_lost = section.at("title") == "Process Listing";
     EXPECT_EQ(section.at("why") == no_space, is_lost) << section;
   }
   EXPECT_EQ(made.outcome("environment"), "ok");
-  fs::remove_all(made.folder);
 
   const std::string filler = path("out/filler");
   const Collected none = collect("", "head -c 398k /dev/zero > " + filler);
   EXPECT_EQ(none.status, 3);
   EXPECT_EQ(none.said, "sit: " + no_space + "\n");
   EXPECT_EQ(run("ls -A " + path("out")).output, "filler\n") << "nothing half made";
-  ::umount2(path("out").c_str(), MNT_DETACH);
 }
 
 TEST_F(SickMachine, FoldersOfAnyNameRunNothing) {
@@ -266,14 +250,14 @@ TEST_F(SickMachine, FoldersOfAnyNameRunNothing) {
       "a b", "$(touch pwned)", "; touch pwned #", "'\"`touch pwned`",
       std::string(120, 'x') + "/" + std::string(120, 'y') + "/" + std::string(120, 'z')};
   for (const std::string& name : names) {
-    test::write_file(path("name"), path(name));
+    write_file(path("name"), path(name));
     const Ran ran = run("(" HOST " collect --format none --output \"$(cat " + path("name") +
                         ")\" --skip system --no-extras --installation " + sample() +
                         "/pel --capture 'cat $0' 2>/dev/null)");
     fs::path folder;
     for (const auto& entry : fs::directory_iterator(path(name))) folder = entry.path();
     EXPECT_EQ(ran.output, folder.string() + "\n");
-    const auto manifest = nlohmann::json::parse(read_file(folder / "manifest.json"));
+    const auto manifest = json::parse(read_file(folder / "manifest.json"));
     EXPECT_EQ(manifest.at("problems").size(), 6U) << manifest.at("problems").dump(1);
     EXPECT_TRUE(fs::exists(folder / "10.1B/logs/brokers/portal/portal.log"));
   }
@@ -281,17 +265,17 @@ TEST_F(SickMachine, FoldersOfAnyNameRunNothing) {
 }
 
 TEST_F(SickMachine, NamesFoundOnTheMachineLeadNowhere) {
-  test::write_file(path("odd/version"), "Pelloran Version ../../up as of today\n");
-  test::write_file(path("odd/properties/obroker.properties"), "");
-  test::write_file(path("logs/one/my log;$HOME.txt"), "1");
-  test::write_file(path("logs/two/my log;$HOME.txt"), "2");
+  write_file(path("odd/version"), "Pelloran Version ../../up as of today\n");
+  write_file(path("odd/properties/obroker.properties"), "");
+  write_file(path("logs/one/my log;$HOME.txt"), "1");
+  write_file(path("logs/two/my log;$HOME.txt"), "2");
   std::string output;
   for (const char* broker : {"a/b", "a_b", ".."}) {
     output += std::string("echo 'Configuration Information for x.") + broker + "'\n";
     output += "echo 'brokerLogFile: " + path("logs/one/my log;$HOME.txt") + "'\n";
     output += "echo 'srvrLogFile: " + path("logs/two/my log;$HOME.txt") + "'\n";
   }
-  test::make_tool(path("odd/bin/apconfig"), output);
+  make_tool(path("odd/bin/apconfig"), output);
   const Collected made = collect("--only logs --installation " + path("odd"));
   std::string files;
   for (const auto& entry : fs::recursive_directory_iterator(made.folder)) {
@@ -313,7 +297,7 @@ TEST_F(SickMachine, FolderMayBeMovedMeanwhile) {
           path("out/") + "sit-* " + path("moved") + "; mkdir -p " + path("out/") + "sit-trap) &");
   EXPECT_EQ(made.status, 0);
   EXPECT_EQ(made.printed, path("moved") + "\n");
-  EXPECT_NE(read_file(path("moved/capture-sleep/output.txt")).find("late\n"), std::string::npos);
+  EXPECT_THAT(read_file(path("moved/capture-sleep/output.txt")), HasSubstr("late\n"));
   EXPECT_TRUE(fs::exists(path("moved/manifest.json")));
   EXPECT_TRUE(fs::is_empty(path("out/sit-trap")));
 }
@@ -328,3 +312,4 @@ TEST_F(SickMachine, WhatIsNamedAndIsNotThereIsSaid) {
 }
 
 }  // namespace
+}  // namespace test

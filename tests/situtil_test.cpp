@@ -1,5 +1,4 @@
 #include <fcntl.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -7,19 +6,14 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <tuple>
 
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
 
-using test::read_file;
-using test::repeat;
-using test::set_environment;
-using test::write_file;
-
-class Capture : public test::SitTest {};
+class Capture : public SitTest {};
 
 TEST_F(Capture, OutputStandsInTheReportWhateverTheStatus) {
   EXPECT_EQ(written_by([] {
@@ -30,11 +24,11 @@ TEST_F(Capture, OutputStandsInTheReportWhateverTheStatus) {
               LogCmdOutput("printf 'a\\0%%d\\377'", nullptr);
             }),
             std::string("out\nerr\n600\na\0%d\377", 17));
-  rlimit before{};  // below the few KB that are tried out
-  const rlimit small{8192, RLIM_INFINITY};
-  ASSERT_EQ(::prlimit(0, RLIMIT_FSIZE, &small, &before), 0);
-  EXPECT_EQ(written_by([] { LogCmdOutput("printf %05000d 0", nullptr); }), std::string(5000, '0'));
-  ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &before), 0);
+  {
+    const FileSizeLimit below_the_few_kilobytes_that_are_tried_out(8192);
+    EXPECT_EQ(written_by([] { LogCmdOutput("printf %05000d 0", nullptr); }),
+              std::string(5000, '0'));
+  }
   EXPECT_EQ(written_by([this] { LogCmdOutput("echo kept", path("kept").c_str()); }), "");
   EXPECT_EQ(read_file(path("kept")), "kept\n");
 }
@@ -57,8 +51,8 @@ TEST_F(Capture, TemporaryNames) {
     char* name = GetTempFile();
     ASSERT_NE(name, nullptr);
     const std::string expected = folder == temporary() ? temporary() + "/sit" : "/tmp/sit";
-    EXPECT_TRUE(std::string(name).starts_with(expected)) << name;
-    EXPECT_FALSE(std::filesystem::exists(name));
+    EXPECT_THAT(std::string(name), StartsWith(expected)) << name;
+    EXPECT_FALSE(fs::exists(name));
     std::free(name);
   }
 }
@@ -71,12 +65,12 @@ TEST_F(Capture, FilesThatCannotBeRead) {
               EXPECT_EQ(ReadTextFile(path("fifo").c_str()), 0);
               EXPECT_EQ(ReadTextFile(nullptr), ENOENT);
             }),
-            test::no_file(path("")));
+            no_file(path("")));
   const std::string endless = "/proc/self/pagemap";
   const std::string text = written_by([&] { EXPECT_EQ(ReadTextFile(endless.c_str()), 0); });
   EXPECT_EQ(text.size() - text.rfind('\0') - 1 + (16U << 20U), text.size());
-  EXPECT_TRUE(
-      text.ends_with("\nWARNING: Only the first 16777216 bytes of " + endless + " were read.\n"));
+  EXPECT_THAT(text,
+              EndsWith("\nWARNING: Only the first 16777216 bytes of " + endless + " were read.\n"));
   EXPECT_EQ(FileExists(path("missing").c_str()), 0U);
   EXPECT_EQ(FileExists(path("").c_str()) & 0x4000U, 0x4000U);
 }
@@ -84,11 +78,6 @@ TEST_F(Capture, FilesThatCannotBeRead) {
 // The holder gives the lease up a while after the kernel asks for it.
 TEST_F(Capture, FileUnderALease) {
   static int holder;
-  const auto handle = [](int signal, void (*handler)(int)) {
-    struct sigaction action {};
-    action.sa_handler = handler;
-    ASSERT_EQ(::sigaction(signal, &action, nullptr), 0);
-  };
   handle(SIGIO, [](int) {
     const itimerval soon{{0, 0}, {0, 100000}};
     ::setitimer(ITIMER_REAL, &soon, nullptr);
@@ -104,7 +93,7 @@ TEST_F(Capture, FileUnderALease) {
   ::close(holder);
 }
 
-class Copy : public test::SitTest {
+class Copy : public SitTest {
  protected:
   void expect_copy(const std::string& content, int trim, const std::string& expected) {
     write_file(path("from"), content);
@@ -123,7 +112,7 @@ TEST_F(Copy, TrimmedOrWhole) {
   expect_copy("x" + exact, 0, "x" + exact);
   expect_copy(std::string(megabyte + 1, 'x'), 1, banner);
   const std::string sizeless = "/proc/kallsyms";  // of megabytes
-  if (std::filesystem::exists(sizeless)) {
+  if (fs::exists(sizeless)) {
     EXPECT_EQ(CopyEndOfFile(sizeless.c_str(), path("to").c_str(), 1, 0), 0);
     EXPECT_TRUE(read_file(path("to")) == read_file(sizeless));
   }
@@ -150,43 +139,41 @@ TEST_F(Copy, Failures) {
       {path(""), to, 1, EISDIR}};
   for (const auto& [source, target, append, error] : failures) {
     EXPECT_EQ(CopyEndOfFile(source.c_str(), target.c_str(), 0, append), error) << source << target;
-    EXPECT_FALSE(std::filesystem::exists(to)) << "half a copy must not stay";
+    EXPECT_FALSE(fs::exists(to)) << "half a copy must not stay";
   }
-  std::filesystem::create_symlink("/dev/full", to);
+  fs::create_symlink("/dev/full", to);
   EXPECT_EQ(CopyEndOfFile(from.c_str(), to.c_str(), 0, 1), ENOSPC);
-  EXPECT_FALSE(std::filesystem::is_symlink(to)) << "of a link it is the link that goes";
-  EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+  EXPECT_FALSE(fs::is_symlink(to)) << "of a link it is the link that goes";
+  EXPECT_TRUE(fs::exists("/dev/full"));
   EXPECT_EQ(read_file(from), "text\n");
   write_file(to, "before\n");
   EXPECT_EQ(CopyEndOfFile(path("").c_str(), to.c_str(), 0, 1), EISDIR);
   EXPECT_EQ(read_file(to), "before\n") << "appending must not lose what was there";
 }
 
-class Shell : public test::SitTest {};
+class Shell : public SitTest {};
 
 TEST_F(Shell, Listings) {
   const std::string odd = path("a b\"c$d`e\\f\xb5\\\xc3\xbc");
   write_file(odd + "/sub/file", "x");
-  std::filesystem::create_symlink(odd + "/sub", odd + "/link");
+  fs::create_symlink(odd + "/sub", odd + "/link");
   for (const int recursive : {0, 1}) {
     const std::string options = recursive != 0 ? "-lLR" : "-lL";
     EXPECT_EQ(written_by([&] { EXPECT_EQ(ListFiles(odd.c_str(), recursive), 0); }),
-              test::run("ls " + options + " '" + odd + "'").output + "\n");
+              run("ls " + options + " '" + odd + "'").output + "\n");
   }
   // In some locales a byte from 0x80 on and a backslash behind it are one character.
   SetVerboseMode(1);
-  EXPECT_NE(written_by([&] {
-              ListFiles(odd.c_str(), 0);
-            }).find("a b\\\"c\\$d\\`e\\\\f\"'\xb5'\"\\\\\"'\xc3\xbc'\n"),
-            std::string::npos);
+  EXPECT_THAT(written_by([&] { ListFiles(odd.c_str(), 0); }),
+              HasSubstr("a b\\\"c\\$d\\`e\\\\f\"'\xb5'\"\\\\\"'\xc3\xbc'\n"));
   SetVerboseMode(0);
   EXPECT_EQ(written_by([this] { ListFiles(path("missing").c_str(), 0); }),
             "\nERROR: Directory " + path("missing") + " does not exist, errno 2.\n");
   const std::string longest = path(std::string(246 - path("").size(), '$'));
-  std::filesystem::create_directory(longest + "/");
+  fs::create_directory(longest + "/");
   EXPECT_EQ(written_by([&] { ListFiles(longest.c_str(), 0); }), "total 0\n\n");
   EXPECT_EQ(written_by([&] { ListFiles(longest.c_str(), 1); }),
-            test::too_long("command", "ls -lLR \"" + longest + '"') + "\n");
+            too_long("command", "ls -lLR \"" + longest + '"') + "\n");
 }
 
 TEST_F(Shell, Copies) {
@@ -200,23 +187,23 @@ TEST_F(Shell, Copies) {
   EXPECT_EQ(written_by([this] { MyCopy(path("missing").c_str(), "x"); }),
             "\nCannot copy " + path("missing") + " because file does not exist.\n");
   write_file(path("b"), "");
-  std::filesystem::create_directory(path("both"));
+  fs::create_directory(path("both"));
   write_file(path("from b"), "");  // as it is named, so are two others
-  const std::filesystem::path here = std::filesystem::current_path();
-  std::filesystem::current_path(path(""));
+  const fs::path here = fs::current_path();
+  fs::current_path(path(""));
   EXPECT_EQ(written_by([] { MyCopy("from b", "both"); }), "\nCopying from b...\n");
-  EXPECT_TRUE(std::filesystem::exists("both/from") && std::filesystem::exists("both/b"));
+  EXPECT_TRUE(fs::exists("both/from") && fs::exists("both/b"));
   for (const char* name : {"a;touch x", "a$(touch x)", "a`touch x`", "a\ntouch x", "a|touch x",
                            "a&touch x", "a>x", "a*", "-tx a", "a --target-directory=x", "~", "#"}) {
     write_file(path(name), "");
     EXPECT_EQ(written_by([&] { MyCopy(name, "both"); }),
               "\nERROR: Not copying " + std::string(name) +
                   " to both: the shell or cp would not take these names as they stand.\n");
-    EXPECT_FALSE(std::filesystem::exists("x")) << name;
+    EXPECT_FALSE(fs::exists("x")) << name;
   }
   for (const char* target : {"/proc/self/pagemap", "/dev/zero", "../fifo"}) {
-    std::filesystem::remove("both/endless");
-    std::filesystem::create_symlink(target, "both/endless");
+    fs::remove("both/endless");
+    fs::create_symlink(target, "both/endless");
     ::mkfifo("fifo", 0600);
     write_file(path("a both/endless"), "");
     EXPECT_EQ(written_by([] { MyCopy("a both/endless", "both"); }),
@@ -225,10 +212,11 @@ TEST_F(Shell, Copies) {
   write_file(path("x~1=\xc3\xbc"), "odd");
   EXPECT_EQ(written_by([] { MyCopy("x~1=\xc3\xbc", "both/odd"); }), "\nCopying x~1=\xc3\xbc...\n");
   EXPECT_EQ(read_file("both/odd"), "odd");
-  std::filesystem::current_path(here);
+  fs::current_path(here);
   const std::string long_name(510, 'n');
   EXPECT_EQ(written_by([&] { MyCopy(path("from").c_str(), long_name.c_str()); }),
-            test::too_long("command", "cp " + path("from") + " " + long_name + "\n", 511));
+            too_long("command", "cp " + path("from") + " " + long_name + "\n", 511));
 }
 
 }  // namespace
+}  // namespace test

@@ -4,17 +4,13 @@
 
 #include <cerrno>
 #include <cstdlib>
-#include <filesystem>
 #include <fstream>
 
 #include "support/commands.h"
 #include "support/sit_test.h"
 
+namespace test {
 namespace {
-
-using test::kCommands;
-using test::kCopies;
-using test::kReport;
 
 using Call = void (*)();
 
@@ -46,7 +42,7 @@ const Call kCheap[] = {
 
 // What a process may run out of.
 struct Held {
-  std::size_t descriptors = test::open_descriptors().size();
+  std::size_t descriptors = open_descriptors().size();
   int children = ::waitpid(-1, nullptr, WNOHANG);
   std::size_t bytes = ::mallinfo2().uordblks;
   long pages = 0;
@@ -60,8 +56,8 @@ struct Held {
 void call(std::size_t i) {
   const bool is_first = i < std::size(kCommands);
   if (is_first || i % 100 == 0) {
-    std::filesystem::remove_all("disk/copies/Delvon21APel101B");
-    const test::Command& command = kCommands[(is_first ? i : i / 100) % std::size(kCommands)];
+    fs::remove_all("disk/copies/Delvon21APel101B");
+    const Command& command = kCommands[(is_first ? i : i / 100) % std::size(kCommands)];
     EXPECT_EQ(command.run(kReport, SIT_CREATE), 0) << command.name;
   } else {
     kCheap[i % std::size(kCheap)]();
@@ -69,18 +65,18 @@ void call(std::size_t i) {
   ASSERT_FALSE(testing::Test::HasFailure()) << "call " << i;
 }
 
-class Soak : public test::SitTest {
+class Soak : public SitTest {
  protected:
   void expect_nothing_more_after(std::size_t calls) {
-    std::filesystem::current_path(path(""));
-    ASSERT_EQ(test::run(EXAMPLES "/install sample && mkdir -p disk/reports disk/copies").status, 0);
-    test::set_environment("PHM", path("sample/pel").c_str());
-    test::set_environment("DELVONINIT", path("sample/delvon/delvon.ini").c_str());
+    fs::current_path(path(""));
+    ASSERT_EQ(run(EXAMPLES "/install sample && mkdir -p disk/reports disk/copies").status, 0);
+    set_environment("PHM", path("sample/pel").c_str());
+    set_environment("DELVONINIT", path("sample/delvon/delvon.ini").c_str());
     for (std::size_t i = 0; i < 100; ++i) call(i);
     const Held early;
     for (std::size_t i = 100; i < calls && !HasFailure(); ++i) call(i);
     const Held late;
-    std::filesystem::current_path("/");
+    fs::current_path("/");
     EXPECT_EQ(late.descriptors, early.descriptors);
     EXPECT_EQ(late.children, early.children);
 #ifndef __SANITIZE_ADDRESS__
@@ -98,3 +94,4 @@ TEST_F(Soak, HundredsOfCallsHoldNoMoreThanAFew) { expect_nothing_more_after(500)
 TEST_F(Soak, ThousandsOfCallsHoldNoMoreThanAFew) { expect_nothing_more_after(10000); }
 
 }  // namespace
+}  // namespace test

@@ -1,23 +1,14 @@
-#include <linux/filter.h>
-#include <linux/seccomp.h>
-#include <sys/prctl.h>
 #include <sys/syscall.h>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include <array>
 #include <cerrno>
-#include <cstddef>
 #include <sstream>
 
 #include "support/websvr_test.h"
 
+namespace test {
 namespace {
 
-namespace fs = std::filesystem;
-using test::stored_by, test::title, test::too_long, test::write_file;
-
-class Netscape : public test::WebServer {
+class Netscape : public WebServer {
  protected:
   [[nodiscard]] std::string conf(const std::string& entry) const {
     return root() + "/" + entry + "/config/magnus.conf";
@@ -89,7 +80,7 @@ TEST_F(Netscape, SearchesThatFailAndBrokenInstances) {
     SetVerboseMode(1);
     EXPECT_EQ(command(row.text(0)), code) << row.text(0);
     SetVerboseMode(0);
-    EXPECT_TRUE(report().starts_with(opening)) << row.text(0);
+    EXPECT_THAT(report(), StartsWith(opening)) << row.text(0);
     return std::to_string(code) + " " + report().substr(opening.size());
   });
   expect_rows("websvr", "broken", [&](const Row& row) {
@@ -121,21 +112,13 @@ TEST_F(Netscape, SearchesThatFailAndBrokenInstances) {
 
 TEST_F(Netscape, RootThatBreaksOffWhileItIsRead) {
   fs::create_directory(root());
-  const pid_t child = ::fork();
-  if (child == 0) {
-    sock_filter break_reading[] = {BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-                                   BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, SYS_getdents64, 0, 1),
-                                   BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | EIO),
-                                   BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ALLOW)};
-    const sock_fprog program{std::size(break_reading), break_reading};
-    ::prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0);
-    ::prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program);
-    std::array<char, SIT_PATH_BYTES> output{};
-    ::_exit(GetNetscapeServerDir(root().c_str(), "", output.data()));
-  }
-  int status = -1;
-  ::waitpid(child, &status, 0);
-  EXPECT_EQ(WEXITSTATUS(status), EIO);
+  const auto host = [this] {
+    refuse(SYS_getdents64, EIO);
+    char output[SIT_PATH_BYTES];
+    return GetNetscapeServerDir(root().c_str(), "", output);
+  };
+  EXPECT_EQ(in_child(host), EIO);
 }
 
 }  // namespace
+}  // namespace test

@@ -3,12 +3,8 @@
 #include <cerrno>
 #include <cstring>
 
+namespace test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::stored_by, test::title, test::write_file;
-
-using test::WebServer;
 
 TEST_F(WebServer, ValuesPathsAndScriptAliases) {
   fs::create_directory(root());
@@ -50,9 +46,9 @@ TEST_F(WebServer, ApacheConfigurationsThatCannotBeRead) {
   fs::remove(conf);
   fs::create_directory(conf);
   expect_report(root(), 0,
-                start + test::no_file(conf) + "\n\n" +
-                    title("Apache ScriptAlias Directory Listings") + test::no_file(conf) +
-                    "\n\nNo ScriptAlias directories found in " + conf + "\n\n");
+                start + no_file(conf) + "\n\n" + title("Apache ScriptAlias Directory Listings") +
+                    no_file(conf) + "\n\nNo ScriptAlias directories found in " + conf + "\n\n");
 }
 
 }  // namespace
+}  // namespace test

@@ -1,39 +1,29 @@
 #include "support/collection.h"
 
-#include <sched.h>
-#include <sys/mount.h>
-
 #include <chrono>
 
 namespace test {
 
-namespace fs = std::filesystem;
-
-nlohmann::json Collected::row(const std::string& id) const {
-  for (const auto& row : manifest.value("rows", nlohmann::json::array())) {
+json Collected::row(const std::string& id) const {
+  for (const auto& row : manifest.value("rows", json::array())) {
     if (row.at("id") == id) return row;
   }
   return {};
 }
 
 std::string Collected::outcome(const std::string& id) const {
-  const nlohmann::json found = row(id);
+  const json found = row(id);
   return found.is_null() ? "no such row" : found.at("outcome").get<std::string>();
 }
 
 std::string Collected::why(const std::string& id) const {
-  const nlohmann::json found = row(id);
+  const json found = row(id);
   return found.is_null() ? "no such row" : found.at("why").get<std::string>();
 }
 
-bool mount_small(const std::string& where, const std::string& size) {
-  fs::create_directories(where);
-  if (::unshare(CLONE_NEWNS) != 0) return false;
-  return ::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) == 0 &&
-         ::mount("none", where.c_str(), "tmpfs", 0, ("size=" + size).c_str()) == 0;
-}
-
 Collected CollectTest::collect(const std::string& options, const std::string& before) const {
+  std::error_code missing;
+  for (const auto& entry : fs::directory_iterator(path("out"), missing)) fs::remove_all(entry);
   const auto start = std::chrono::steady_clock::now();
   const bool has_format = options.find("--format") != std::string::npos;
   const bool has_extras = options.find("extra") != std::string::npos;
@@ -43,13 +33,12 @@ Collected CollectTest::collect(const std::string& options, const std::string& be
   Collected collected{.status = ran.status, .printed = ran.output, .said = read_file(path("said"))};
   collected.seconds =
       std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
-  std::error_code missing;
   for (const auto& entry : fs::directory_iterator(path("out"), missing)) {
     collected.folder = entry.path();
   }
   if (fs::exists(collected.folder / "manifest.json")) {
     collected.summary = read_file(collected.folder / "summary.txt");
-    collected.manifest = nlohmann::json::parse(read_file(collected.folder / "manifest.json"));
+    collected.manifest = json::parse(read_file(collected.folder / "manifest.json"));
   }
   return collected;
 }

@@ -8,28 +8,29 @@
 
 namespace test {
 
+using nlohmann::json;
+
 struct Collected {
   int status = -1;
   std::string printed;  // on standard output
   std::string said;     // on standard error
   double seconds = 0;
-  std::filesystem::path folder = {};
+  fs::path folder = {};
   std::string summary = {};
-  nlohmann::json manifest = {};
+  json manifest = {};
 
+  // Where the archive or the folder is.
+  [[nodiscard]] std::string archive() const { return printed.substr(0, printed.find('\n')); }
   // The row of this id; null when there is none.
-  [[nodiscard]] nlohmann::json row(const std::string& id) const;
+  [[nodiscard]] json row(const std::string& id) const;
   [[nodiscard]] std::string outcome(const std::string& id) const;
   [[nodiscard]] std::string why(const std::string& id) const;
 };
 
-// Mounts a small file system for this process alone. False where the machine does not allow that.
-[[nodiscard]] bool mount_small(const std::string& where, const std::string& size);
-
 class CollectTest : public SitTest {
  protected:
-  // Runs it below path("out") with these options, in a shell that has run `before`; without the
-  // usual captures of machines unless the options say something of extras.
+  // Runs it into path("out"), which it empties before, with these options, in a shell that has run
+  // `before`; without the usual captures of machines unless the options say something of extras.
   [[nodiscard]] Collected collect(const std::string& options, const std::string& before = "") const;
 
   // Lays the sample installation out and returns the options that collect all of it.

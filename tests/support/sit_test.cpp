@@ -20,8 +20,6 @@ extern "C" const char* __lsan_default_suppressions() {
 
 namespace test {
 
-namespace fs = std::filesystem;
-
 std::string read_file(const fs::path& path) {
   std::ifstream stream(path, std::ios::binary);
   EXPECT_TRUE(stream.is_open()) << path;
@@ -79,6 +77,13 @@ std::string without_header(const std::string& report) {
     return report;
   }
   return report.substr(static_cast<std::size_t>(match.length()));
+}
+
+std::string body_of(const fs::path& report) {
+  static const std::string end = "\n==End of Log==\n";
+  const std::string text = without_header(read_file(report));
+  EXPECT_THAT(text, EndsWith(end));
+  return text.substr(0, text.size() - end.size());
 }
 
 std::string without_pids(const std::string& report) {
@@ -166,7 +171,7 @@ void SitTest::TearDown() {
   EXPECT_EQ(open_descriptors(), descriptors_) << "descriptors left open";
   EXPECT_EQ(::waitpid(-1, nullptr, WNOHANG), -1) << "a child was left";
   set_environment("TMPDIR", nullptr);
-  ::umount2(path("layer").c_str(), MNT_DETACH);
+  for (const char* mounted : {"layer", "out"}) ::umount2(path(mounted).c_str(), MNT_DETACH);
   fs::remove_all(scratch_);
 }
 
@@ -214,13 +219,10 @@ Ran run(const std::string& shell_command) {
 
 bool with_private_usr_bin(const std::string& name, const std::string& content,
                           const fs::path& scratch) {
-  if (::unshare(CLONE_NEWNS) != 0 && ::unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) return false;
+  if (!private_mounts(CLONE_NEWUSER)) return false;
   const std::string layer = scratch / "layer";
   fs::create_directory(layer);
-  if (::mount("none", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0 ||
-      ::mount("tmpfs", layer.c_str(), "tmpfs", 0, nullptr) != 0) {
-    return false;
-  }
+  if (::mount("tmpfs", layer.c_str(), "tmpfs", 0, nullptr) != 0) return false;
   fs::create_directory(layer + "/work");
   write_file(layer + "/upper/" + name, content);
   const std::string options =

@@ -1,6 +1,7 @@
 // What every test stands on: a scratch folder, and the promise that a call leaves nothing behind.
 #pragma once
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -9,11 +10,18 @@
 #include <vector>
 
 #include "sit/sit.h"
+#include "support/process.h"
 
 namespace test {
 
-std::string read_file(const std::filesystem::path& path);
-void write_file(const std::filesystem::path& path, const std::string& content);
+namespace fs = std::filesystem;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::string read_file(const fs::path& path);
+void write_file(const fs::path& path, const std::string& content);
 
 // The whole text `count` times over.
 std::string repeat(const std::string& text, std::size_t count);
@@ -32,6 +40,9 @@ std::string taken(char* text);
 
 // Fails the test when the text does not begin with a report header; returns what follows it.
 std::string without_header(const std::string& report);
+
+// What a whole report holds between its header and its end mark; fails the test when it lacks one.
+std::string body_of(const fs::path& report);
 
 // The lines of a verbose report without their process ids.
 std::string without_pids(const std::string& report);
@@ -79,7 +90,7 @@ class SitTest : public testing::Test {
   }
 
  private:
-  std::filesystem::path scratch_;
+  fs::path scratch_;
   std::vector<int> descriptors_;
 };
 
@@ -101,7 +112,7 @@ class InstallationTest : public SitTest {
 };
 
 // Makes a shell script that can be run.
-void make_tool(const std::filesystem::path& path, const std::string& script);
+void make_tool(const fs::path& path, const std::string& script);
 
 // Sets an environment variable, or removes it when there is no value.
 void set_environment(const char* name, const char* value);
@@ -116,6 +127,6 @@ Ran run(const std::string& shell_command);
 // Gives this process a /usr/bin of its own, in which a file may be put that the machine does not
 // get to see. False when the machine does not allow that.
 bool with_private_usr_bin(const std::string& name, const std::string& content,
-                          const std::filesystem::path& scratch);
+                          const fs::path& scratch);
 
 }  // namespace test

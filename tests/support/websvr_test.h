@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <filesystem>
 #include <string>
 
 #include "support/sit_test.h"
@@ -29,10 +28,7 @@ class WebServer : public SitTest {
   }
   // The report of a command, without its end mark; empty when there is none.
   [[nodiscard]] std::string report() const {
-    if (!std::filesystem::exists(path("report"))) return "";
-    const std::string text = without_header(read_file(path("report")));
-    EXPECT_TRUE(text.ends_with("\n==End of Log==\n")) << text;
-    return text.substr(0, text.size() - 16);
+    return fs::exists(path("report")) ? body_of(path("report")) : "";
   }
   // What is written into a report, with "(listing)" in the place of the listing of root().
   template <typename Write>
@@ -47,8 +43,8 @@ class WebServer : public SitTest {
   // Exists, but opening it for reading is refused.
   static void put_unreadable(const std::string& file) {
     write_file(file, "");
-    std::filesystem::remove(file);
-    std::filesystem::create_symlink("/dev/zero", file);
+    fs::remove(file);
+    fs::create_symlink("/dev/zero", file);
   }
   [[nodiscard]] std::string root() const { return path("root"); }
 };
