@@ -31,12 +31,13 @@ std::vector<EndedCommand> CommandWatch::look(std::vector<Process> processes,
   std::vector<EndedCommand> begun;
   for (auto& [root, command] : commands_) {
     command.seconds = age_in_seconds(command.root);
-    const bool is_too_old = command.seconds > limit_of(command);
+    const double limit = limit_of(command);
+    const bool is_too_old = command.seconds > limit;
     if (command.asked) {
       insist(command);
     } else if (is_too_old || command.is_unwanted || ending_all_) {
       ask(command, is_too_old);
-      begun.push_back({command.command_line, command.root.pid, command.seconds,
+      begun.push_back({command.command_line, command.root.pid, is_too_old ? limit : command.seconds,
                        is_too_old && !command.is_left_over ? "past its limit" : "", command.row});
     }
   }

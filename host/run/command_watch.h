@@ -29,8 +29,8 @@ class CommandWatch {
   };
 
   // Takes note of all processes below the host, parents first. `rows` tells by the worker's number
-  // what row its commands are for. Ends what is too old and returns those it has begun to end, with
-  // a word in `end` where it was for their age.
+  // what row its commands are for. Ends what is too old and returns those it has begun to end;
+  // where it was for their age, with a word in `end`, and their limit as what they took.
   std::vector<EndedCommand> look(std::vector<Process> processes,
                                  const std::map<pid_t, std::string>& rows);
 

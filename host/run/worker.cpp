@@ -126,7 +126,7 @@ class Worker {
       case Work::kDiscovery:
         return json{{"found", discover(plugin)}};
       case Work::kGlance:
-        look_around(answers_);
+        look_around(answers_, order_.settings.noted);
         return json::object();
       case Work::kCall:
       case Work::kCallForEachLog:

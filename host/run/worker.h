@@ -6,6 +6,7 @@
 
 #include "steps/steps.h"
 #include "support/folder.h"
+#include "work/settings.h"
 
 namespace host {
 
@@ -13,6 +14,7 @@ namespace host {
 struct RunSettings {
   std::filesystem::path plugin;
   bool verbose = false;
+  std::vector<SettingRule> noted = {};  // of the machine
 };
 
 struct WorkerOrder {
