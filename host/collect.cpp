@@ -106,7 +106,8 @@ class Collecting {
         folder_(options.lists_steps ? temporary_folder() : options.output,
                 folder_name(masker_ == nullptr ? options.label : masker_->masked(options.label),
                             started_)),
-        supervisor_(options.settings, signals_, folder_, options.limits, findings_, progress_),
+        settings_{options.settings.plugin, options.settings.verbose, load_settings()},
+        supervisor_(settings_, signals_, folder_, options.limits, findings_, progress_),
         environments_(environments_of(options)),
         versions_{.environment = environments_[0], .is_independent = true} {}
 
@@ -343,6 +344,7 @@ class Collecting {
   Progress progress_;
   SignalWatch signals_;  // before there is anything to leave behind
   OutputFolder folder_;
+  RunSettings settings_;
   Supervisor supervisor_;
   std::vector<Environment> environments_;
   std::vector<Installation> installations_;

@@ -6,11 +6,8 @@
 
 #include "support/collection.h"
 
+namespace test {
 namespace {
-
-namespace fs = std::filesystem;
-using test::Collected;
-using test::read_file;
 
 // The files below a folder, by their path there.
 std::map<std::string, std::string> files_below(const fs::path& folder) {
@@ -23,7 +20,7 @@ std::map<std::string, std::string> files_below(const fs::path& folder) {
   return files;
 }
 
-class Collect : public test::CollectTest {
+class Collect : public CollectTest {
  protected:
   // What is missing or wrong, then the rows, by the manifest; without what differs from run to run.
   [[nodiscard]] std::string told(const Collected& made) const {
@@ -35,7 +32,7 @@ class Collect : public test::CollectTest {
       const int line = problem.at("line");
       const std::string place = file + (line == 0 ? "" : ":" + std::to_string(line));
       text += "    " + place + "\n";
-      EXPECT_NE(made.summary.find("    " + place + "\n"), std::string::npos) << place;
+      EXPECT_THAT(made.summary, HasSubstr("    " + place + "\n")) << place;
     }
     for (const auto& row : made.manifest.at("rows")) {
       for (const char* field : {"outcome", "id", "title"}) {
@@ -53,14 +50,13 @@ class Collect : public test::CollectTest {
   }
 
   [[nodiscard]] std::string in_sample(const std::string& command) const {
-    return test::run("cd " + sample() + "; DIR=$PWD; . " EXPECTED "/functions; " + command).output;
+    return run("cd " + sample() + "; DIR=$PWD; . " EXPECTED "/functions; " + command).output;
   }
   // The reports as below tests/expected, and everything that was copied beside them.
   void expect_sample_in(const fs::path& folder) const {
     for (const auto& [name, report] : files_below(EXPECTED)) {
       if (!name.ends_with(".txt")) continue;
-      EXPECT_EQ(test::without_header(read_file(folder / name)),
-                in_sample("render " EXPECTED "/" + name))
+      EXPECT_EQ(without_header(read_file(folder / name)), in_sample("render " EXPECTED "/" + name))
           << name;
     }
     const fs::path collected = folder / "10.1B";
@@ -79,11 +75,13 @@ TEST_F(Collect, ThisMachine) {
   const Collected made = collect("--label 'a b'");
   EXPECT_EQ(made.status, 0) << made.said;
   EXPECT_EQ(made.printed, made.folder.string() + "\n");
-  EXPECT_NE(made.folder.string().find("-a_b-20"), std::string::npos);
+  EXPECT_THAT(made.folder.string(), HasSubstr("-a_b-20"));
   EXPECT_EQ(made.manifest.at("format"), 1);
   EXPECT_EQ(made.manifest.at("label"), "a b");
   EXPECT_EQ(made.manifest.at("complete"), true);
-  EXPECT_NE(made.summary.find("MISSING OR WRONG\n================\nNothing.\n"), std::string::npos);
+  EXPECT_EQ(made.manifest.at("settings").at("kernel").get<std::string>() + "\n",
+            run("uname -r").output);
+  EXPECT_THAT(made.summary, HasSubstr("MISSING OR WRONG\n================\nNothing.\n"));
   struct stat status {};
   ASSERT_EQ(::stat(made.folder.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777U, 0700U);
@@ -93,14 +91,13 @@ TEST_F(Collect, ThisMachine) {
     ASSERT_EQ(::stat((made.folder / name).c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777U, 0600U) << name;
     if (name == "summary.txt" || name == "masked.txt" || !name.ends_with(".txt")) continue;
-    test::without_header(content);
-    EXPECT_TRUE(content.ends_with("\n==End of Log==\n")) << name;
+    without_header(content);
+    EXPECT_THAT(content, EndsWith("\n==End of Log==\n")) << name;
   }
   EXPECT_EQ(names,
             "environment.txt index.html manifest.json masked.txt summary.txt system.txt "
             "versions.txt ");
-  EXPECT_NE(read_file(made.folder / "environment.txt").find("TMPDIR='" + temporary() + "'"),
-            std::string::npos)
+  EXPECT_THAT(read_file(made.folder / "environment.txt"), HasSubstr("TMPDIR='" + temporary() + "'"))
       << "the user's own variables are what counts";
 }
 
@@ -110,7 +107,7 @@ TEST_F(Collect, SampleAndWhatIsAmissInIt) {
   EXPECT_EQ(told(made), read_file(EXPECTED "/collection"));
   EXPECT_FALSE(std::regex_search(made.summary, std::regex("[^\n]{81}"))) << made.summary;
   expect_sample_in(made.folder);
-  EXPECT_EQ(test::without_header(read_file(made.folder / "capture-echo/output.txt")),
+  EXPECT_EQ(without_header(read_file(made.folder / "capture-echo/output.txt")),
             "captured\n\n==End of Log==\n");
   EXPECT_TRUE(fs::exists(made.folder / "library-1/left"));
   EXPECT_EQ(read_file(made.folder / "2.1A-of-10.1B03/Delvon21APel101B/delvon.xml"),
@@ -153,7 +150,6 @@ TEST_F(Collect, StepsAreChosenByTheirIds) {
       done += (done.empty() ? "" : " ") + row.at("id").get<std::string>();
     }
     EXPECT_EQ(done, expected) << options;
-    fs::remove_all(path("out"));
   }
   const std::pair<std::string, std::string> refused[] = {
       {"--only sytem", "no step \"sytem\"; did you mean \"system\"?"},
@@ -167,39 +163,37 @@ TEST_F(Collect, StepsAreChosenByTheirIds) {
   for (const auto& [options, message] : refused) {
     const Collected made = collect(pel + options);
     EXPECT_EQ(made.status, 2) << options;
-    EXPECT_NE(made.said.find(message), std::string::npos) << made.said;
+    EXPECT_THAT(made.said, HasSubstr(message));
     EXPECT_EQ(made.printed + made.folder.string(), "") << "nothing half done";
   }
-  const test::Ran listed = test::run(HOST " collect --list-steps --skip logs 2>/dev/null " + pel);
-  EXPECT_NE(listed.output.find("10.1B/files  Files of 10.1B\n"), std::string::npos);
-  EXPECT_NE(listed.output.find("10.1B/logs  Log files of 10.1B  [left out by --skip]\n"),
-            std::string::npos);
-  EXPECT_NE(listed.output.find("\ndelvon  does not apply: no monitoring installation found"),
-            std::string::npos);
+  const Ran listed = run(HOST " collect --list-steps --skip logs 2>/dev/null " + pel);
+  EXPECT_THAT(listed.output, HasSubstr("10.1B/files  Files of 10.1B\n"));
+  EXPECT_THAT(listed.output, HasSubstr("10.1B/logs  Log files of 10.1B  [left out by --skip]\n"));
+  EXPECT_THAT(listed.output,
+              HasSubstr("\ndelvon  does not apply: no monitoring installation found"));
 }
 
 TEST_F(Collect, ProgressSuitsWhereItGoes) {
   const std::string slow = " --only capture --capture 'sleep 1 # \033]0;x\007'";
   const std::string tool = std::string(HOST) + " collect --output " + path("out") + slow;
   const auto on_terminal = [&](const std::string& terminal) {
-    test::write_file(path("tool"), tool);
-    return test::run("TERM=" + terminal + " script -qec 'sh " + path("tool") + "' /dev/null")
-        .output;
+    write_file(path("tool"), tool);
+    return run("TERM=" + terminal + " script -qec 'sh " + path("tool") + "' /dev/null").output;
   };
   const std::string live = on_terminal("xterm");
-  EXPECT_NE(live.find("\r\033[K0 of 1: (0 s) Output of sleep 1 # ?]0;x?"), std::string::npos)
-      << live;
+  EXPECT_THAT(live, HasSubstr("\r\033[K0 of 1: (0 s) Output of sleep 1 # ?]0;x?"));
   const std::string plain_text = on_terminal("dumb");
-  EXPECT_EQ(plain_text.find('\033'), std::string::npos) << plain_text;
-  EXPECT_NE(plain_text.find("Output of sleep 1 # ?]0;x?: ok ("), std::string::npos);
+  EXPECT_THAT(plain_text, Not(HasSubstr("\033")));
+  EXPECT_THAT(plain_text, HasSubstr("Output of sleep 1 # ?]0;x?: ok ("));
   const Collected made = collect("--progress json" + slow);
   std::istringstream lines(made.said);
   std::string events;
   for (std::string line; std::getline(lines, line);) {
-    const std::string event = nlohmann::json::parse(line).at("event");
+    const std::string event = json::parse(line).at("event");
     if (!events.ends_with(event + " ")) events += event + " ";
   }
   EXPECT_EQ(events, "running row message end ");
 }
 
 }  // namespace
+}  // namespace test

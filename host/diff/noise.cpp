@@ -8,14 +8,8 @@
 namespace host {
 namespace {
 
-// Two lines as one text, parted as in an example.
-constexpr std::string_view kParting = " <> ";
-
 bool are_same(const Rule& rule, const NoiseRule& noise, const std::string& example) {
-  const std::size_t parting = example.find(kParting);
-  if (parting == std::string::npos) rule.fail("its example is not two lines parted by <>");
-  std::string left = example.substr(0, parting);
-  std::string right = example.substr(parting + kParting.size());
+  auto [left, right] = rule.parts_of(example);
   Noise alone;
   alone.add(&noise);
   const bool counts = alone.reduce(left);

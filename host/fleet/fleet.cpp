@@ -69,7 +69,7 @@ void write_machine(std::ostream& out, const Machine& machine) {
 }
 
 void write_difference(std::ostream& out, const Difference& difference) {
-  out << difference.fact << "\n";
+  out << printable(difference.fact) << "\n";
   for (std::size_t i = 0; i < std::min(difference.values.size(), kMostValues); ++i) {
     const auto& [value, names] = difference.values[i];
     out << "    " << names.size() << "  " << printable(value.empty() ? "none" : value) << ": "
@@ -135,42 +135,86 @@ std::string content_of(const std::string& data_name) {
   return text.str();
 }
 
-// A list of {name}s and {value}s, and who has them.
-Data item_of(const std::string& name, const std::string& value, const std::string& who) {
+Data item_of(const std::string& name, const std::string& value) {
   Data item;
   item.set("name", printable(name));
   item.set("value", printable(value));
-  item.set("who", printable(who));
   return item;
 }
 
+// Where a file below the page is, whatever its name.
+std::string link_to(const std::string& file) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string link = "./";
+  for (const char c : file) {
+    const auto byte = static_cast<unsigned char>(c);
+    const bool is_plain =
+        std::isalnum(byte) != 0 || std::string_view("/._-").find(c) != std::string_view::npos;
+    link +=
+        is_plain ? std::string(1, c) : std::string{'%', kDigits[byte >> 4U], kDigits[byte & 15U]};
+  }
+  return link;
+}
+
+// Their names, which lead to their rows.
+class Who {
+ public:
+  explicit Who(const std::vector<Machine>& machines) {
+    for (const Machine& machine : machines) rows_.emplace(machine.name, rows_.size());
+  }
+  [[nodiscard]] std::string row_of(const std::string& machine) const {
+    return "m" + std::to_string(rows_.at(machine));
+  }
+  void add_to(Data& item, const std::vector<std::string>& names) const {
+    Data who{Data::type::list};
+    for (std::size_t i = 0; i < std::min(names.size(), kMostNames); ++i) {
+      Data one;
+      one.set("machine", printable(names[i]));
+      one.set("row", row_of(names[i]));
+      who << one;
+    }
+    item.set("who", who);
+    const std::size_t more = names.size() - std::min(names.size(), kMostNames);
+    item.set("more", more == 0 ? "" : "and " + std::to_string(more) + " more");
+  }
+
+ private:
+  std::map<std::string, std::size_t> rows_;
+};
+
 std::string page_of_fleet(const Picture& picture) {
+  const Who who(picture.fleet.machines);
   Data findings{Data::type::list};
   for (std::size_t i = 0; i < std::min(picture.findings.size(), kMostFindings); ++i) {
     const SharedFinding& finding = picture.findings[i];
-    findings << item_of(picture.share_of(finding), finding.text, names_of(finding.machines));
+    Data item = item_of(picture.share_of(finding), finding.text);
+    who.add_to(item, finding.machines);
+    findings << item;
   }
   Data facts{Data::type::list};
   for (const Difference& difference : picture.differences) {
     Data values{Data::type::list};
     for (std::size_t i = 0; i < std::min(difference.values.size(), kMostValues); ++i) {
       const auto& [value, names] = difference.values[i];
-      values << item_of(std::to_string(names.size()), value.empty() ? "none" : value,
-                        names_of(names));
+      Data item = item_of(std::to_string(names.size()), value.empty() ? "none" : value);
+      who.add_to(item, names);
+      values << item;
     }
     Data fact;
-    fact.set("fact", difference.fact);
+    fact.set("fact", printable(difference.fact));
     fact.set("values", values);
     facts << fact;
   }
   Data machines{Data::type::list};
   for (const Machine& machine : picture.fleet.machines) {
-    Data item = item_of(machine.name, machine.started, machine.why);
+    Data item = item_of(machine.name, machine.started);
+    item.set("why", printable(machine.why));
+    item.set("row", who.row_of(machine.name));
     item.set("state", text_of(machine.state));
     item.set("class", machine.state == MachineState::kComplete ? "good" : "bad");
     item.set("findings", std::to_string(machine.findings.size()));
-    item.set("bundle", printable(machine.bundle));
-    item.set("has_bundle", !machine.bundle.empty());
+    item.set("page", link_to(machine.page));
+    item.set("has_page", !machine.page.empty());
     machines << item;
   }
   Data data;

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include "bundle/bundle.h"
+#include "page/page.h"
 #include "result/collection.h"
 #include "support/failure.h"
 
@@ -15,6 +16,7 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr std::size_t kMostFindings = 200;  // of a machine
+constexpr std::size_t kMostFacts = 200;     // the same
 constexpr std::size_t kLongest = 300;       // bytes of a text
 
 std::string text(const json& object, const char* field) {
@@ -57,6 +59,13 @@ void take_manifest(const json& manifest, Machine& machine) {
   machine.why = text(manifest, "given_up");
   machine.facts["sit"] = text(manifest, "tool");
   machine.facts["plug-in"] = text(manifest, "plugin");
+  const auto settings = manifest.find("settings");
+  if (settings != manifest.end() && settings->is_object()) {
+    for (const auto& [name, value] : settings->items()) {
+      if (machine.facts.size() >= kMostFacts) break;
+      machine.facts.try_emplace(name.substr(0, kLongest), text(*settings, name.c_str()));
+    }
+  }
   const auto list_of = [&manifest](const char* field) {
     const auto found = manifest.find(field);
     return found != manifest.end() && found->is_array() ? *found : json::array();
@@ -84,6 +93,8 @@ Machine read_machine(const fs::path& bundle, const fs::path& folder) {
     machine.why = std::string(error.what()).substr(0, kLongest);
   }
   if (machine.name.empty()) machine.name = bundle.filename().string();
+  const bool has_page = fs::exists(bundle / kPageFile);  // not so in an archive
+  machine.page = machine.bundle + (has_page ? std::string("/") + kPageFile : "");
   return machine;
 }
 

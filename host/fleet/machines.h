@@ -19,6 +19,7 @@ struct Machine {
   std::string why;
   std::string started;
   std::string bundle;  // below the fleet's folder; empty: none
+  std::string page;    // to be read in a browser: the same, or the page in it
   std::vector<std::string> findings;
   std::map<std::string, std::string> facts;  // that may differ from machine to machine
 };

@@ -33,6 +33,13 @@ std::vector<Difference> differences(const std::vector<Machine>& machines) {
   for (const Machine& machine : machines) {
     for (const auto& [fact, value] : machine.facts) facts[fact][value].push_back(machine.name);
   }
+  for (auto& [fact, values] : facts) {
+    for (const Machine& machine : machines) {
+      if (!machine.facts.empty() && !machine.facts.contains(fact)) {
+        values[""].push_back(machine.name);
+      }
+    }
+  }
   std::vector<Difference> all;
   for (const auto& [fact, values] : facts) {
     if (values.size() < 2) continue;

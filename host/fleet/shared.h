@@ -20,7 +20,8 @@ struct SharedFinding {
 [[nodiscard]] std::vector<SharedFinding> shared_findings(const std::vector<Machine>& machines,
                                                          const NoiseRules& rules);
 
-// The values of a fact on which machines differ, and who has each, the rarest first.
+// The values of a fact on which machines differ, and who has each, the rarest first. Of a machine
+// that is known and has no such fact the value is empty.
 struct Difference {
   std::string fact;
   std::vector<std::pair<std::string, std::vector<std::string>>> values;

@@ -1,9 +1,6 @@
 #include "page/report_text.h"
 
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
 #include <kainjow/mustache.hpp>
 #include <string_view>
 
@@ -41,12 +38,7 @@ std::string html_of(const OutputFolder& folder, const std::string& file, const s
   });
   is_whole = true;
   const Descriptor opened = folder.open(file);
-  std::array<char, 65536> block;
-  for (ssize_t got = 1; got > 0 && is_whole;) {
-    got = opened.is_open() ? ::read(opened.get(), block.data(), block.size()) : 0;
-    if (got > 0) lines.feed({block.data(), static_cast<std::size_t>(got)});
-  }
-  lines.finish();
+  lines.read(opened.get());
   return html;
 }
 

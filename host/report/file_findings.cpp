@@ -1,8 +1,5 @@
 #include "report/file_findings.h"
 
-#include <unistd.h>
-
-#include <array>
 #include <map>
 
 #include "support/lines.h"
@@ -34,11 +31,7 @@ void look_through(const std::string& file, int fd, const SectionRules& rules,
     }
     return true;
   });
-  std::array<char, 65536> block;
-  for (ssize_t got = 0; (got = ::read(fd, block.data(), block.size())) > 0;) {
-    lines.feed({block.data(), static_cast<std::size_t>(got)});
-  }
-  lines.finish();
+  lines.read(fd);
   for (const auto& [rule, so_far] : found) {
     if (so_far.count <= kMostOfARule) continue;
     findings.push_back({file,

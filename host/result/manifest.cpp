@@ -76,6 +76,7 @@ std::string manifest_of(const Collection& collection, const std::vector<Problem>
             {"seconds", collection.seconds},
             {"options", collection.options},
             {"root", collection.is_root},
+            {"settings", collection.glance.settings},
             {"complete", collection.is_complete()},
             {"given_up", collection.given_up},
             {"rows", Json::array()},

@@ -1,7 +1,6 @@
 #include "steps/captures.h"
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <filesystem>
 
 #include "support/data_file.h"
@@ -43,15 +42,6 @@ ExtraCapture capture_of(const Rule& rule) {
   return capture;
 }
 
-void add(std::vector<ExtraCapture>& captures, ExtraCapture capture) {
-  const auto same = std::ranges::find(captures, capture.name, &ExtraCapture::name);
-  if (same == captures.end()) {
-    captures.push_back(std::move(capture));
-  } else {
-    *same = std::move(capture);
-  }
-}
-
 }  // namespace
 
 std::vector<ExtraCapture> load_captures(bool with_usual, const std::vector<std::string>& more) {
@@ -61,7 +51,7 @@ std::vector<ExtraCapture> load_captures(bool with_usual, const std::vector<std::
   for (const std::filesystem::path& path : files) {
     RuleFile(path, "captures", {"captures"})
         .each("captures", {"name", "title", "command", "tool", "limit", "cap", "needs-root"},
-              [&captures](const Rule& rule) { add(captures, capture_of(rule)); });
+              [&captures](const Rule& rule) { replace_or_add(captures, capture_of(rule)); });
   }
   return captures;
 }

@@ -1,6 +1,9 @@
 #include "support/lines.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <array>
 
 namespace host {
 
@@ -29,6 +32,18 @@ bool Lines::feed(std::string_view bytes) {
 void Lines::finish() {
   if (is_held_) hand_out(held_);
   is_held_ = false;
+}
+
+bool Lines::read(int fd, std::uint64_t most) {
+  std::array<char, 65536> block;
+  while (is_wanted_) {
+    const auto got = ::read(fd, block.data(), std::min<std::uint64_t>(block.size(), most));
+    if (got <= 0) break;
+    feed({block.data(), static_cast<std::size_t>(got)});
+    most -= static_cast<std::uint64_t>(got);
+  }
+  finish();
+  return is_wanted_;
 }
 
 }  // namespace host

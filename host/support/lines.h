@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <string>
 #include <string_view>
 
@@ -19,6 +20,8 @@ class Lines {
   bool feed(std::string_view bytes);
   // A last line without a newline is one, too.
   void finish();
+  // Feeds all that is in a file, or the first bytes of it, and finishes. False: not all was wanted.
+  bool read(int fd, std::uint64_t most = std::numeric_limits<std::uint64_t>::max());
 
   static constexpr std::size_t kLongest = 4096;
 

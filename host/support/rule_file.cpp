@@ -64,6 +64,13 @@ Pattern Rule::pattern_if_any(const char* field) const {
   return has(field) ? pattern(field) : nullptr;
 }
 
+std::pair<std::string, std::string> Rule::parts_of(const std::string& example) const {
+  constexpr std::string_view kParting = " <> ";
+  const std::size_t parting = example.find(kParting);
+  if (parting == std::string::npos) fail("its example is not two texts parted by <>");
+  return {example.substr(0, parting), example.substr(parting + kParting.size())};
+}
+
 Pattern Rule::compile(const std::string& text) const {
   Pattern pattern = std::make_shared<RE2>("(?m:" + text + ")", rule_options());
   if (!pattern->ok()) fail("\"" + text + "\": " + pattern->error());

@@ -11,6 +11,7 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace host {
@@ -35,6 +36,9 @@ class Rule {
   [[nodiscard]] Pattern pattern(const char* field) const;
   [[nodiscard]] Pattern pattern_if_any(const char* field) const;  // null where it is missing
   [[nodiscard]] Pattern compile(const std::string& text) const;
+
+  // The two halves of an example, which " <> " parts.
+  [[nodiscard]] std::pair<std::string, std::string> parts_of(const std::string& example) const;
 
   [[noreturn]] void fail(const std::string& why) const;
 
@@ -62,5 +66,14 @@ class RuleFile {
   std::string place_;
   YAML::Node file_;
 };
+
+// Takes it among the entries, in the place of one of its name.
+template <typename Entry>
+void replace_or_add(std::vector<Entry>& entries, Entry entry) {
+  for (Entry& known : entries) {
+    if (known.name == entry.name) return void(known = std::move(entry));
+  }
+  entries.push_back(std::move(entry));
+}
 
 }  // namespace host

@@ -124,8 +124,13 @@ json fullness(const Mount& mount, std::set<unsigned long>& seen) {
 
 }  // namespace
 
-void look_around(const Answers& answers) {
+void look_around(const Answers& answers, const std::vector<SettingRule>& settings) {
   for (const auto& seen : {load(), memory(), processes(), clock()}) answers.send('g', seen);
+  for (const SettingRule& rule : settings) {
+    answers.send('n', "waiting for the setting \"" + rule.name + "\"");
+    const std::string value = value_of(rule);
+    if (!value.empty()) answers.send('g', json{{"settings", {{rule.name, value}}}});
+  }
   std::vector<Mount> all = mounts();
   std::stable_partition(all.begin(), all.end(), [](const Mount& m) { return !is_of_network(m); });
   std::set<unsigned long> file_systems;
@@ -159,6 +164,9 @@ void Glance::add(const json& seen) {
   std::vector<std::string> more;
   take("full", more);
   full.insert(full.end(), more.begin(), more.end());
+  std::map<std::string, std::string> values;
+  take("settings", values);
+  settings.merge(values);
 }
 
 }  // namespace host

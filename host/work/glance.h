@@ -3,15 +3,17 @@
 #pragma once
 
 #include <cstdint>
+#include <map>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
 
 #include "work/answers.h"
+#include "work/settings.h"
 
 namespace host {
 
-void look_around(const Answers& answers);
+void look_around(const Answers& answers, const std::vector<SettingRule>& settings);
 
 // The machine, as far as it was seen.
 struct Glance {
@@ -29,6 +31,8 @@ struct Glance {
   bool clock_is_known = false;
   bool clock_is_synchronised = false;
   std::vector<std::string> full;  // file systems over 90 %, in words
+
+  std::map<std::string, std::string> settings;
 
   void add(const nlohmann::json& seen);
 };
