@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <ctime>
+#include <tuple>
 
 #include "support/sit_test.h"
 
@@ -17,15 +18,11 @@ class Report : public SitTest {};
 
 TEST_F(Report, CreateAndAppend) {
   const std::string report = path("report.txt");
-  struct Opening {
-    int mode;
-    bool header;
-    const char* expected;
-  };
   write_file(report, "old\n");
-  for (const auto& [mode, header, expected] :
-       {Opening{SIT_APPEND, false, "old\nx\n\n"}, Opening{SIT_CREATE, true, "x\n\n"},
-        Opening{SIT_CREATE | SIT_APPEND, true, "x\n\n"}}) {
+  const std::tuple<int, bool, const char*> openings[] = {{SIT_APPEND, false, "old\nx\n\n"},
+                                                         {SIT_CREATE, true, "x\n\n"},
+                                                         {SIT_CREATE | SIT_APPEND, true, "x\n\n"}};
+  for (const auto& [mode, header, expected] : openings) {
     ASSERT_EQ(LogOpen(report.c_str(), mode), 0);
     EXPECT_EQ(LogMsg("x\n"), 0);
     EXPECT_EQ(LogClose(2), 0);

@@ -126,9 +126,7 @@ TEST_F(Command, NoHandlerOfTheHostRunsInAChild) {
     while (::getppid() == host) ::kill(-host, SIGUSR1);
     ::_exit(0);
   }
-  for (int i = 0; i < 300; ++i) {
-    EXPECT_NE(execute("exit 2"), 77 * 256);
-  }
+  for (int i = 0; i < 300; ++i) EXPECT_NE(execute("exit 2"), 77 * 256);
   ::kill(sender, SIGKILL);
   ::waitpid(sender, nullptr, 0);
   EXPECT_EQ(elsewhere, 0);

@@ -160,14 +160,6 @@ TEST_F(Discovery, Launcher) {
   });
 }
 
-TEST_F(Discovery, NothingToFind) {
-  if (fs::exists("/usr/bin/pel")) GTEST_SKIP() << "this machine has a launcher";
-  EXPECT_EQ(taken(GetPhmVers()),
-            "No PHM env var set\nPlease set the PHM environment variable and execute again\n");
-  EXPECT_EQ(pphm, nullptr);
-  EXPECT_EQ(taken(GetPelVersList(SEL_ANY)), "");
-}
-
 TEST_F(Discovery, NowhereToPutTheMessages) {
   set_environment("TMPDIR", "/proc");
   EXPECT_EQ(discover(), "");

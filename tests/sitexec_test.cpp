@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <cstddef>
+#include <tuple>
 
 #include "support/commands.h"
 #include "support/sit_test.h"
@@ -14,15 +15,15 @@ extern "C" int layouts_agree_in_c(const PlatformOps* table);
 class Session : public SitTest {};
 
 TEST_F(Session, RecordLayouts) {
-  const std::pair<std::size_t, std::size_t> offsets[] = {{offsetof(SitSession, errorText), 768},
-                                                         {offsetof(SitSession, osVersion), 776},
-                                                         {offsetof(SitSession, versionsText), 1032},
-                                                         {offsetof(SitSession, osFlags), 1040},
-                                                         {offsetof(PHMVER, maintLevel), 24},
-                                                         {offsetof(PHMVER, bitness), 40},
-                                                         {offsetof(PHMVER, fullVersion), 48},
-                                                         {offsetof(PHMVER, pluginsFile), 64},
-                                                         {offsetof(PHMVER, next), 104}};
+  const std::size_t offsets[][2] = {{offsetof(SitSession, errorText), 768},
+                                    {offsetof(SitSession, osVersion), 776},
+                                    {offsetof(SitSession, versionsText), 1032},
+                                    {offsetof(SitSession, osFlags), 1040},
+                                    {offsetof(PHMVER, maintLevel), 24},
+                                    {offsetof(PHMVER, bitness), 40},
+                                    {offsetof(PHMVER, fullVersion), 48},
+                                    {offsetof(PHMVER, pluginsFile), 64},
+                                    {offsetof(PHMVER, next), 104}};
   for (const auto& [offset, expected] : offsets) EXPECT_EQ(offset, expected);
   EXPECT_EQ(layouts_agree_in_c(&sitfunctbl), 1);
 }
@@ -102,20 +103,18 @@ TEST_F(Commands, ReportsThatCannotBeMade) {
   set_environment("DELVONINIT", path("sample/delvon/delvon.ini").c_str());
   const std::string longest = "disk/reports" + std::string(242, '/') + "r", longer = "/" + longest;
   // What a command returns, and what one that opens the report only at its end.
-  struct Case {
-    const char* report;
-    int mode;
-    int code;
-    int code_at_end;
-  };
-  for (const auto& [report, mode, code, code_at_end] :
-       {Case{"disk/reports/r", SIT_CREATE, 0, 0}, Case{"", SIT_CREATE, SIT_NO_REPORT_PATH, ENOENT},
-        Case{longest.c_str(), SIT_CREATE, 0, 0},
-        Case{longer.c_str(), SIT_CREATE, SIT_PATH_TOO_LONG, SIT_PATH_TOO_LONG},
-        Case{"missing/r", SIT_CREATE, ENOENT, ENOENT}, Case{"disk", SIT_CREATE, EISDIR, EISDIR},
-        Case{"fifo", SIT_CREATE, ENXIO, ENXIO}, Case{"/dev/full", SIT_CREATE, ENOSPC, 0},
-        Case{nullptr, SIT_CREATE, SIT_NO_REPORT_PATH, 0},
-        Case{"disk/reports/r", 7, SIT_BAD_OPEN_MODE, 0}}) {
+  const std::tuple<const char*, int, int, int> cases[] = {
+      {"disk/reports/r", SIT_CREATE, 0, 0},
+      {"", SIT_CREATE, SIT_NO_REPORT_PATH, ENOENT},
+      {longest.c_str(), SIT_CREATE, 0, 0},
+      {longer.c_str(), SIT_CREATE, SIT_PATH_TOO_LONG, SIT_PATH_TOO_LONG},
+      {"missing/r", SIT_CREATE, ENOENT, ENOENT},
+      {"disk", SIT_CREATE, EISDIR, EISDIR},
+      {"fifo", SIT_CREATE, ENXIO, ENXIO},
+      {"/dev/full", SIT_CREATE, ENOSPC, 0},
+      {nullptr, SIT_CREATE, SIT_NO_REPORT_PATH, 0},
+      {"disk/reports/r", 7, SIT_BAD_OPEN_MODE, 0}};
+  for (const auto& [report, mode, code, code_at_end] : cases) {
     for (const Command& command : kCommands) {
       if (mode == 7 && command.opens != Opens::kByMode) continue;
       fs::remove_all("disk/copies/Delvon21APel101B");
@@ -187,6 +186,7 @@ TEST_F(Versions, NoInstallation) {
       "No PHM env var set\nPlease set the PHM environment variable and execute again\n";
   const std::string report = path("r");
   EXPECT_EQ(GetVersInfo(report.c_str(), 64, 1, 1), SIT_NO_INSTALLATION);
+  EXPECT_EQ(taken(GetPelVersList(SEL_ANY)), "");
   EXPECT_EQ(without_header(read_file(report)),
             os_section() + pelloran_section(messages) + kJava + kNothing + "\n==End of Log==\n");
   EXPECT_EQ(GetJavaVers(report.c_str(), 64, 0), SIT_NO_INSTALLATION);
