@@ -2,7 +2,6 @@
 #pragma once
 
 #include <array>
-#include <string>
 
 #include "support/sit_test.h"
 
