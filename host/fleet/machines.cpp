@@ -49,36 +49,40 @@ std::vector<fs::path> bundles_in(const fs::path& folder) {
   return bundles;
 }
 
+// A field of this kind; an empty one of it where there is none.
+json part(const json& object, const char* field, json::value_t kind) {
+  const auto found = object.find(field);
+  return found != object.end() && found->type() == kind ? *found : json(kind);
+}
+
+void take_settings(const json& settings, Machine& machine) {
+  for (const auto& [name, value] : settings.items()) {
+    if (machine.facts.size() >= kMostFacts) return;
+    machine.facts.try_emplace(name.substr(0, kLongest), text(settings, name.c_str()));
+  }
+}
+
+void take_row(const json& row, Machine& machine) {
+  const std::string id = text(row, "id");
+  const std::string outcome = text(row, "outcome");
+  if (id == "discovery") machine.facts["products"] = text(row, "why");
+  if (outcome != "ok" && outcome != "skipped") machine.facts["not ok"] += id + " ";
+}
+
 void take_manifest(const json& manifest, Machine& machine) {
   const std::string label = text(manifest, "label");
   machine.name = label.empty() ? text(manifest, "host") : label;
   machine.started = text(manifest, "started");
-  const auto complete = manifest.find("complete");
-  const bool is_complete = complete != manifest.end() && complete->is_boolean() && *complete;
+  const bool is_complete = part(manifest, "complete", json::value_t::boolean);
   machine.state = is_complete ? MachineState::kComplete : MachineState::kPartial;
   machine.why = text(manifest, "given_up");
   machine.facts["sit"] = text(manifest, "tool");
   machine.facts["plug-in"] = text(manifest, "plugin");
-  const auto settings = manifest.find("settings");
-  if (settings != manifest.end() && settings->is_object()) {
-    for (const auto& [name, value] : settings->items()) {
-      if (machine.facts.size() >= kMostFacts) break;
-      machine.facts.try_emplace(name.substr(0, kLongest), text(*settings, name.c_str()));
-    }
-  }
-  const auto list_of = [&manifest](const char* field) {
-    const auto found = manifest.find(field);
-    return found != manifest.end() && found->is_array() ? *found : json::array();
-  };
-  for (const json& problem : list_of("problems")) {
+  for (const json& problem : part(manifest, "problems", json::value_t::array)) {
     if (machine.findings.size() < kMostFindings) machine.findings.push_back(text(problem, "text"));
   }
-  for (const json& row : list_of("rows")) {
-    const std::string id = text(row, "id");
-    const std::string outcome = text(row, "outcome");
-    if (id == "discovery") machine.facts["products"] = text(row, "why");
-    if (outcome != "ok" && outcome != "skipped") machine.facts["not ok"] += id + " ";
-  }
+  for (const json& row : part(manifest, "rows", json::value_t::array)) take_row(row, machine);
+  take_settings(part(manifest, "settings", json::value_t::object), machine);
 }
 
 Machine read_machine(const fs::path& bundle, const fs::path& folder) {

@@ -37,7 +37,7 @@ std::vector<EndedCommand> CommandWatch::look(std::vector<Process> processes,
       insist(command);
     } else if (is_too_old || command.is_unwanted || ending_all_) {
       ask(command, is_too_old);
-      begun.push_back({command.command_line, command.root.pid, is_too_old ? limit : command.seconds,
+      begun.push_back({command.command_line, command.root.pid, std::min(command.seconds, limit),
                        is_too_old && !command.is_left_over ? "past its limit" : "", command.row});
     }
   }
