@@ -164,7 +164,7 @@ TEST_F(Command, StoppedHostDoesNotTakeItsCommandForHung) {
 
 // Nor one that lets a child borrow its parent's memory, or closes many descriptors at once.
 TEST_F(Command, KernelWithoutPidfd) {
-  for (const unsigned call : {SYS_pidfd_open, SYS_close_range}) refuse(call, ENOSYS);
+  for (const int call : {SYS_pidfd_open, SYS_close_range}) refuse(call, ENOSYS);
   refuse(SYS_clone, ENOSYS, CLONE_VFORK);
   interrupt_every(10000);
   const int leaky = ::open("/dev/null", O_RDONLY);

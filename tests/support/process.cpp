@@ -41,11 +41,11 @@ FileSizeLimit::FileSizeLimit(rlim_t bytes) {
   EXPECT_EQ(::prlimit(0, RLIMIT_FSIZE, &limit, &before_), 0);
 }
 
-void refuse(unsigned call, int error, unsigned flags) {
+void refuse(int call, int error, unsigned flags) {
   const unsigned short wanted = flags == 0 ? BPF_JGE : BPF_JSET;
   sock_filter instructions[] = {
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, nr)),
-      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, call, 0, 3),
+      BPF_JUMP(BPF_JMP | BPF_JEQ | BPF_K, static_cast<unsigned>(call), 0, 3),
       BPF_STMT(BPF_LD | BPF_W | BPF_ABS, offsetof(seccomp_data, args)),
       BPF_JUMP(BPF_JMP | wanted | BPF_K, flags, 0, 1),
       BPF_STMT(BPF_RET | BPF_K, SECCOMP_RET_ERRNO | static_cast<unsigned>(error)),

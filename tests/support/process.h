@@ -32,7 +32,7 @@ class FileSizeLimit {
 
 // Lets the kernel refuse a call from now on; if there are flags, only with one of these in its
 // first argument.
-void refuse(unsigned call, int error, unsigned flags = 0);
+void refuse(int call, int error, unsigned flags = 0);
 
 // Mounts of this process alone from now on. False where the machine does not allow them, which
 // further namespaces may change.
