@@ -2,7 +2,6 @@
 #include <climits>
 #include <cstdarg>
 #include <cstdlib>
-#include <string>
 #include <tuple>
 
 #include "support/sit_test.h"

@@ -101,7 +101,8 @@ TEST_F(Commands, ReportsThatCannotBeMade) {
   ASSERT_EQ(::mkfifo("fifo", 0600), 0);
   set_environment("PHM", path("sample/pel").c_str());
   set_environment("DELVONINIT", path("sample/delvon/delvon.ini").c_str());
-  const std::string longest = "disk/reports" + std::string(242, '/') + "r", longer = "/" + longest;
+  const std::string longest = "disk/reports" + std::string(242, '/') + "r";
+  const std::string longer = "/" + longest;
   // What a command returns, and what one that opens the report only at its end.
   const std::tuple<const char*, int, int, int> cases[] = {
       {"disk/reports/r", SIT_CREATE, 0, 0},
