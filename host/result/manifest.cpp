@@ -46,12 +46,24 @@ Json row_of(const Row& row, Detail detail) {
   return json;
 }
 
+// The rules are to see whose value it is.
+void mask_settings(Json& settings, Masker& masker) {
+  for (auto& [name, value] : settings.items()) {
+    const std::string bare = value.is_string() ? value.get<std::string>() : "";
+    if (bare.empty() || bare.starts_with("[masked ")) continue;
+    const std::string start = name + "=";
+    const std::string line = masker.masked(start + bare);
+    value = line.starts_with(start) ? line.substr(start.size()) : line;
+  }
+}
+
 }  // namespace
 
 void mask_texts(ordered_json& json, Masker& masker) {
   if (json.is_string()) {
     json = masker.masked(json.get<std::string>());
   } else if (json.is_structured()) {
+    if (json.is_object() && json.contains("settings")) mask_settings(json["settings"], masker);
     for (auto& part : json) mask_texts(part, masker);
   }
 }
