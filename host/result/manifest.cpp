@@ -48,7 +48,7 @@ Json row_of(const Row& row, Detail detail) {
 
 // The rules are to see whose value it is.
 void mask_settings(Json& settings, Masker& masker) {
-  for (auto& [name, value] : settings.items()) {
+  for (const auto& [name, value] : settings.items()) {
     const std::string bare = value.is_string() ? value.get<std::string>() : "";
     if (bare.empty() || bare.starts_with("[masked ")) continue;
     const std::string start = name + "=";
