@@ -102,11 +102,11 @@ class Collecting {
                     : std::make_unique<Masker>(MaskRules::load(options.mask_rules))),
         findings_(FindingRules::load(options.findings)),
         extras_(load_captures(options.has_extras, options.capture_files)),
+        settings_{options.settings.plugin, options.settings.verbose, load_settings()},
         progress_(options.progress),
         folder_(options.lists_steps ? temporary_folder() : options.output,
                 folder_name(masker_ == nullptr ? options.label : masker_->masked(options.label),
                             started_)),
-        settings_{options.settings.plugin, options.settings.verbose, load_settings()},
         supervisor_(settings_, signals_, folder_, options.limits, findings_, progress_),
         environments_(environments_of(options)),
         versions_{.environment = environments_[0], .is_independent = true} {}
@@ -339,12 +339,12 @@ class Collecting {
   std::unique_ptr<Masker> masker_;  // null: secrets stay
   FindingRules findings_;
   std::vector<ExtraCapture> extras_;
+  RunSettings settings_;
   std::time_t started_ = std::time(nullptr);
   Clock::time_point start_ = Clock::now();
   Progress progress_;
   SignalWatch signals_;  // before there is anything to leave behind
   OutputFolder folder_;
-  RunSettings settings_;
   Supervisor supervisor_;
   std::vector<Environment> environments_;
   std::vector<Installation> installations_;

@@ -30,6 +30,8 @@ TEST_F(Report, CreateAndAppend) {
     EXPECT_EQ(header ? without_header(text) : text, expected);
   }
   fs::remove(report);
+  EXPECT_EQ(LogOpen(report.c_str(), 0), SIT_BAD_OPEN_MODE);
+  EXPECT_FALSE(fs::exists(report));
   ASSERT_EQ(LogOpen(report.c_str(), SIT_APPEND), 0);
   EXPECT_EQ(LogClose(SIT_FINAL), 0);
   EXPECT_EQ(without_header(read_file(report)), "\n==End of Log==\n");

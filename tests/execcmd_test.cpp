@@ -89,7 +89,7 @@ TEST_F(Command, SeesNothingOfTheHost) {
 TEST_F(Command, HostWithoutStandardDescriptors) {
   const auto host = [this] {
     for (int fd = 0; fd < 3; ++fd) ::close(fd);
-    return execcmd("echo out; echo err >&2", path("out").c_str());
+    return execcmd("echo out; echo err >&2", path("out").c_str()) == 0 ? 0 : 1;
   };
   EXPECT_EQ(in_child(host), 0);
   EXPECT_EQ(output(), "out\nerr\n");

@@ -1,4 +1,6 @@
 // The host program, and hosts of other kinds.
+#include <regex>
+
 #include "support/sit_test.h"
 
 namespace test {
@@ -15,8 +17,14 @@ TEST_F(Host, CallsAndRefusals) {
     const Ran ran = sit(row.text(0));
     return std::to_string(ran.status) + " " + ran.output;
   });
-  EXPECT_EQ(sit("collect --output /proc/nosuch").status, 3);
-  EXPECT_EQ(sit("collect --output " + path("out") + " --plugin " VERSION_LIBRARY_WHOLE).status, 3);
+  for (const std::string& arguments :
+       {std::string("--output /proc/nosuch"),
+        "--output " + path("out") + " --plugin " VERSION_LIBRARY_WHOLE}) {
+    const Ran ran = sit("collect " + arguments);
+    EXPECT_EQ(ran.status, 3) << arguments;
+    EXPECT_TRUE(std::regex_match(ran.output, std::regex("sit: [^\n]+\n"))) << ran.output;
+  }
+  EXPECT_EQ(sit("--help").status, 0);
   EXPECT_TRUE(fs::is_empty(path("out"))) << "nothing half done";
 }
 

@@ -93,6 +93,10 @@ TEST_F(Security, ResultCodes) {
   EXPECT_EQ(GetPelSecurityLog(path("no/r").c_str(), "10.1B", 64, 0, SEL_ANY), ENOENT);
   EXPECT_EQ(GetPelSecurityLog(path("r").c_str(), "9", 0, 0, SEL_ANY), 0);
   EXPECT_EQ(report("9:x"), "Could not find any installation that matches 9 x \n");
+  PHMVER unreported = record_;
+  unreported.major = 8;
+  record_.next = &unreported;
+  EXPECT_EQ(GetPelSecurityLog(path("no/r").c_str(), "10.1B", 64, 0, SEL_ANY), ENOENT);
 }
 
 }  // namespace

@@ -107,7 +107,7 @@ TEST_F(SickMachine, HungToolIsToldWhereItsTextWouldStand) {
   make_tool(sample() + "/pel/bin/certutil", "echo partial; exec " + sleep_);
   // Its child is not what is waited for.
   make_tool(sample() + "/pel/bin/rgconfig", sleep_ + " & sleep 0.3");
-  for (int i = 0; i < 3; ++i) {
+  for (int i = 0; i < 5; ++i) {
     const Collected made = collect(
         "--only security --only validation --command-limit 1 "
         "--installation " +

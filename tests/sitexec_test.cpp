@@ -188,6 +188,7 @@ TEST_F(Versions, NoInstallation) {
   const std::string report = path("r");
   EXPECT_EQ(GetVersInfo(report.c_str(), 64, 1, 1), SIT_NO_INSTALLATION);
   EXPECT_EQ(taken(GetPelVersList(SEL_ANY)), "");
+  EXPECT_EQ(pphm, nullptr);
   EXPECT_EQ(without_header(read_file(report)),
             os_section() + pelloran_section(messages) + kJava + kNothing + "\n==End of Log==\n");
   EXPECT_EQ(GetJavaVers(report.c_str(), 64, 0), SIT_NO_INSTALLATION);

@@ -25,7 +25,7 @@ TEST_F(Capture, OutputStandsInTheReportWhateverTheStatus) {
             }),
             std::string("out\nerr\n600\na\0%d\377", 17));
   {
-    const FileSizeLimit below_the_few_kilobytes_that_are_tried_out(8192);
+    const FileSizeLimit limit(8192);  // below the few KB that are tried out
     EXPECT_EQ(written_by([] { LogCmdOutput("printf %05000d 0", nullptr); }),
               std::string(5000, '0'));
   }

@@ -34,6 +34,17 @@ TEST_F(SystemInformation, FirstSuccessWins) {
                 shown("T", "echo no >&2; exit 4", "no"));
 }
 
+TEST_F(SystemInformation, NowhereToPutTheOutput) {
+  set_environment("TMPDIR", "/proc");
+  const char* list[] = {"echo x", nullptr};
+  EXPECT_EQ(written_by([&] {
+              execcmdlist("T", list, 1);
+              execonecmd("U", "echo x");
+            }),
+            title("T") + "execcmdlist: Failed to create temp file, exiting\n" + title("U") +
+                "Command: echo x\n\nexeconecmd: Failed to create temp file, exiting\n");
+}
+
 TEST_F(SystemInformation, VerboseLinesStandBetween) {
   const char* list[] = {"echo x", nullptr};
   ASSERT_EQ(LogOpen(path("r").c_str(), SIT_CREATE), 0);

@@ -114,7 +114,7 @@ TEST_F(Netscape, RootThatBreaksOffWhileItIsRead) {
   fs::create_directory(root());
   const auto host = [this] {
     refuse(SYS_getdents64, EIO);
-    char output[SIT_PATH_BYTES];
+    char output[SIT_PATH_BYTES] = "";
     return GetNetscapeServerDir(root().c_str(), "", output);
   };
   EXPECT_EQ(in_child(host), EIO);

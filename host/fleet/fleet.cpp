@@ -1,7 +1,7 @@
 #include "fleet/fleet.h"
 
 #include <algorithm>
-#include <array>
+#include <cctype>
 #include <fstream>
 #include <iostream>
 #include <kainjow/mustache.hpp>

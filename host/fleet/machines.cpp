@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 using nlohmann::json;
 
 constexpr std::size_t kMostFindings = 200;  // of a machine
-constexpr std::size_t kMostFacts = 200;     // the same
+constexpr std::size_t kMostFacts = 60;      // the same
 constexpr std::size_t kLongest = 300;       // bytes of a text
 
 std::string text(const json& object, const char* field) {
@@ -97,7 +97,8 @@ Machine read_machine(const fs::path& bundle, const fs::path& folder) {
     machine.why = std::string(error.what()).substr(0, kLongest);
   }
   if (machine.name.empty()) machine.name = bundle.filename().string();
-  const bool has_page = fs::exists(bundle / kPageFile);  // not so in an archive
+  std::error_code error;
+  const bool has_page = fs::exists(bundle / kPageFile, error);  // not so in an archive
   machine.page = machine.bundle + (has_page ? std::string("/") + kPageFile : "");
   return machine;
 }

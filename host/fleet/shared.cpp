@@ -1,9 +1,28 @@
 #include "fleet/shared.h"
 
 #include <algorithm>
+#include <functional>
 #include <set>
 
 namespace host {
+namespace {
+
+// The facts that most machines have: what a few make up is no burden for all.
+std::set<std::string> common_facts(const std::vector<Machine>& machines) {
+  constexpr std::size_t kMostFacts = 100;
+  std::map<std::string, std::size_t> counts;
+  for (const Machine& machine : machines) {
+    for (const auto& [fact, value] : machine.facts) ++counts[fact];
+  }
+  std::vector<std::pair<std::string, std::size_t>> common(counts.begin(), counts.end());
+  std::ranges::stable_sort(common, std::greater(), [](const auto& fact) { return fact.second; });
+  if (common.size() > kMostFacts) common.resize(kMostFacts);
+  std::set<std::string> names;
+  for (const auto& [fact, count] : common) names.insert(fact);
+  return names;
+}
+
+}  // namespace
 
 std::vector<SharedFinding> shared_findings(const std::vector<Machine>& machines,
                                            const NoiseRules& rules) {
@@ -29,19 +48,14 @@ std::vector<SharedFinding> shared_findings(const std::vector<Machine>& machines,
 }
 
 std::vector<Difference> differences(const std::vector<Machine>& machines) {
-  std::map<std::string, std::map<std::string, std::vector<std::string>>> facts;
-  for (const Machine& machine : machines) {
-    for (const auto& [fact, value] : machine.facts) facts[fact][value].push_back(machine.name);
-  }
-  for (auto& [fact, values] : facts) {
-    for (const Machine& machine : machines) {
-      if (!machine.facts.empty() && !machine.facts.contains(fact)) {
-        values[""].push_back(machine.name);
-      }
-    }
-  }
   std::vector<Difference> all;
-  for (const auto& [fact, values] : facts) {
+  for (const std::string& fact : common_facts(machines)) {
+    std::map<std::string, std::vector<std::string>> values;
+    for (const Machine& machine : machines) {
+      if (machine.facts.empty()) continue;
+      const auto found = machine.facts.find(fact);
+      values[found == machine.facts.end() ? "" : found->second].push_back(machine.name);
+    }
     if (values.size() < 2) continue;
     Difference difference{fact, {values.begin(), values.end()}};
     std::ranges::stable_sort(difference.values, [](const auto& a, const auto& b) {

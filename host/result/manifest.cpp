@@ -46,7 +46,7 @@ Json row_of(const Row& row, Detail detail) {
   return json;
 }
 
-// The rules are to see whose value it is.
+// The rules are to see whose value it is. A mask stays what it is.
 void mask_settings(Json& settings, Masker& masker) {
   for (const auto& [name, value] : settings.items()) {
     const std::string bare = value.is_string() ? value.get<std::string>() : "";

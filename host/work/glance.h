@@ -30,9 +30,8 @@ struct Glance {
   std::vector<std::string> zombies;
   bool clock_is_known = false;
   bool clock_is_synchronised = false;
-  std::vector<std::string> full;  // file systems over 90 %, in words
-
-  std::map<std::string, std::string> settings;
+  std::vector<std::string> full;                // file systems over 90 %, in words
+  std::map<std::string, std::string> settings;  // their values, by their names
 
   void add(const nlohmann::json& seen);
 };

@@ -29,10 +29,11 @@ SettingRule setting_of(const Rule& rule) {
                       .file = rule.text_or("file", ""),
                       .pattern = rule.pattern_if_any("pattern")};
   if (setting.variable.empty() == setting.file.empty()) {
-    rule.fail("has either a \"variable\" or a \"file\"");
+    rule.fail("needs a \"variable\" or a \"file\", and not both");
   }
   if (setting.pattern == nullptr) return setting;
-  if (setting.pattern->NumberOfCapturingGroups() != 1) rule.fail("its pattern has no one group");
+  if (setting.pattern->NumberOfCapturingGroups() != 1)
+    rule.fail("its pattern must have one group, the value");
   if (rule.texts("reads").empty()) rule.fail("lacks \"reads\", its examples");
   for (const std::string& example : rule.texts("reads")) {
     const auto [line, value] = rule.parts_of(example);
@@ -41,7 +42,7 @@ SettingRule setting_of(const Rule& rule) {
   return setting;
 }
 
-// What is no plain file, or one of the kernel's, may not answer.
+// The kernel's are plain files, too; anything else might never come to its end.
 Descriptor open_plain(const std::string& file) {
   Descriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
