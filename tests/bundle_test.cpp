@@ -94,7 +94,7 @@ TEST_F(Bundle, FolderStaysWhereNoArchiveCanBeMade) {
   const Ran ended =
       run("(" HOST " collect --progress plain --only capture --unmasked --max-file 1G --output " +
           path("out") + " --capture 'head -c 200000000 /dev/urandom' 2>" + said +
-          " & while ! grep -q summary.txt " + said + "; do sleep 0.1; done; kill $! && wait $!)");
+          " & while ! grep -qs summary.txt " + said + "; do sleep 0.1; done; kill $! && wait $!)");
   EXPECT_EQ(ended.status, 1);
   EXPECT_THAT(
       read_file(said),
