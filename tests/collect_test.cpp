@@ -101,6 +101,25 @@ TEST_F(Collect, ThisMachine) {
       << "the user's own variables are what counts";
 }
 
+TEST_F(Collect, SettingsOfOnesOwn) {
+  if (!mount_small("/etc", "64k")) GTEST_SKIP() << "needs a mount namespace";
+  const std::string rules = "/etc/sit/settings.d/own.yaml";
+  write_file(rules,
+             "settings:\n- {name: DB_PASSWORD, variable: DB_PASSWORD}\n"
+             "- {name: kernel, file: /proc/self/comm}\n- {name: endless, file: /dev/zero}\n");
+  const Collected made = collect("", "export DB_PASSWORD=hunter2");
+  const json& settings = made.manifest.at("settings");
+  EXPECT_THAT(settings.value("DB_PASSWORD", ""), StartsWith("[masked "));
+  EXPECT_EQ(settings.value("kernel", ""), "sit") << "takes the place of the usual one";
+  EXPECT_FALSE(settings.contains("endless"));
+
+  write_file(rules, "settings:\n- {name: both, variable: A, file: /b}\n");
+  const Collected refused = collect("");
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_THAT(refused.said, HasSubstr("own.yaml"));
+  EXPECT_EQ(refused.folder, "") << "nothing half done";
+}
+
 TEST_F(Collect, SampleAndWhatIsAmissInIt) {
   const Collected made = collect(sample_options());
   EXPECT_EQ(made.status, 1);
